@@ -1,0 +1,58 @@
+// SSE2, which every x86-64 processor has: one lane, already in memory order.
+#ifndef PIVRA_SIMD_X86_128_H
+#define PIVRA_SIMD_X86_128_H
+
+namespace pivra::PIVRA_LEVEL {
+
+typedef uint8_t U8 __attribute__((vector_size(16)));
+typedef int16_t I16 __attribute__((vector_size(16)));
+typedef uint16_t U16 __attribute__((vector_size(16)));
+typedef uint64_t U64 __attribute__((vector_size(16)));
+
+PIVRA_INLINE U8 load(const uint8_t *p) { return (U8)_mm_loadu_si128((const __m128i *)p); }
+PIVRA_INLINE void store(uint8_t *p, U8 v) { _mm_storeu_si128((__m128i *)p, (__m128i)v); }
+PIVRA_INLINE I16 load_widened(const uint8_t *p) {
+  return (I16)_mm_unpacklo_epi8(_mm_loadl_epi64((const __m128i *)p), _mm_setzero_si128());
+}
+PIVRA_INLINE void load_lane_pairs(const uint8_t *p, U8 &first, U8 &second) {
+  first = load(p);
+  second = load(p + 16);
+}
+
+#define PIVRA_LANE_OPERATION(name, T, intrinsic) \
+  PIVRA_INLINE U8 name(T a, T b) { return (U8)intrinsic((__m128i)a, (__m128i)b); }
+PIVRA_LANE_OPERATION(unpack_low8, U8, _mm_unpacklo_epi8)
+PIVRA_LANE_OPERATION(unpack_high8, U8, _mm_unpackhi_epi8)
+PIVRA_LANE_OPERATION(unpack_low16, U8, _mm_unpacklo_epi16)
+PIVRA_LANE_OPERATION(unpack_high16, U8, _mm_unpackhi_epi16)
+PIVRA_LANE_OPERATION(unpack_low32, U8, _mm_unpacklo_epi32)
+PIVRA_LANE_OPERATION(unpack_high32, U8, _mm_unpackhi_epi32)
+PIVRA_LANE_OPERATION(pack_unsigned, I16, _mm_packus_epi16)
+#undef PIVRA_LANE_OPERATION
+
+template <int bytes>
+PIVRA_INLINE U8 shift_up(U8 v) {
+  return (U8)_mm_slli_si128((__m128i)v, bytes);
+}
+template <int bytes>
+PIVRA_INLINE U8 shift_down(U8 v) {
+  return (U8)_mm_srli_si128((__m128i)v, bytes);
+}
+
+// Bytes 0-2, 4-6, 8-10 and 12-14 moved together, the top four bytes cleared.
+// SSE2 has no byte shuffle: first within 64 bits, then across them.
+PIVRA_INLINE U8 drop_fourth_bytes(U8 v) {
+  const U64 pixels = (U64)v;
+  const U64 six = (pixels & 0xFFFFFF) | ((pixels >> 8) & 0xFFFFFF000000);
+  const U64 lower = {~uint64_t{0}, 0};
+  return (U8)(six & lower) | shift_down<2>((U8)(six & ~lower));
+}
+
+template <int n>
+PIVRA_INLINE void store_lanes(uint8_t *p, const U8 (&v)[n]) {
+  for (int i = 0; i < n; ++i) store(p + 16 * i, v[i]);
+}
+
+}  // namespace pivra::PIVRA_LEVEL
+
+#endif
