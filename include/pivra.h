@@ -320,11 +320,11 @@ PIVRA_CSC_PAIRS(PIVRA_DECLARE_CSC)
 /* The promise                                                              */
 /* ------------------------------------------------------------------------ */
 
-/**
- * Marks a library whose results are defined to the bit. An absolute symbol of
- * value 0: only its presence says something, there is nothing behind it to read.
+/*
+ * A library whose results are defined to the bit exports the symbol BITEXACT:
+ * absolute, of value 0. Only its presence says something (look for it with nm
+ * or dlsym); there is nothing behind it to read, so it is not declared here.
  */
-PIVRA_API extern const char BITEXACT;
 
 /* ------------------------------------------------------------------------ */
 /* The layout of the descriptor is part of the interface                    */

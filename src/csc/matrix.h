@@ -10,9 +10,9 @@
 // fraction that both fit. With 298 = 256 + 42, 409 = 256 + 153, -208 = -256 + 48
 // and 516 = 512 + 4:
 //
-//   R = Y + ( v - 16) + ((42 Y + 153 v         + k) >> 8)
-//   G = Y + (-v - 16) + ((42 Y -  100 u + 48 v + k) >> 8)     k = 128 - 42 x 16
-//   B = Y + (2u - 16) + ((42 Y +    4 u        + k) >> 8)
+//   R = Y +  v + ((42 Y + 153 v         + k) >> 8)
+//   G = Y -  v + ((42 Y - 100 u + 48 v  + k) >> 8)     k = 128 - 298 x 16
+//   B = Y + 2u + ((42 Y +   4 u         + k) >> 8)
 //
 // Everything that does not hold Y is worked out once for the pixels that share
 // a chroma sample.
@@ -37,8 +37,9 @@ PIVRA_INLINE Rgb apply_matrix(int32_t luma, int32_t cb, int32_t cr) {
 
 #if PIVRA_VECTORS
 
-struct WideRgb {
-  Pair<I16> r, g, b;  // before the clamp
+// Half a block, before the clamp.
+struct RgbLanes {
+  I16 r, g, b;
 };
 
 struct ChromaTerms {
@@ -46,28 +47,17 @@ struct ChromaTerms {
 };
 
 PIVRA_INLINE ChromaTerms chroma_terms(Narrow cb, Narrow cr) {
-  const I16 u = subtract(cb, 128), v = subtract(cr, 128);
-  const I16 black = splat(16), k = splat(128 - 42 * 16);
-  const I16 u4 = u << 2;
-  return {v - black,       multiply(v, 153) + k,
-          -black - v,      multiply(v, 48) - multiply(u, 100) + k,
-          u + u - black,   u4 + k};
+  const I16 u = subtract(cb, 128), v = subtract(cr, 128), k = splat(128 - 298 * 16);
+  return {v,     multiply(v, 153) + k,                   //
+          -v,    multiply(v, 48) - multiply(u, 100) + k,  //
+          u + u, (u << 2) + k};
 }
 
-struct Lane3 {
-  I16 r, g, b;
-};
-
-PIVRA_INLINE Lane3 apply_matrix(Narrow luma, const ChromaTerms &c) {
+PIVRA_INLINE RgbLanes apply_matrix(Narrow luma, const ChromaTerms &c) {
   const I16 y42 = multiply(luma, uint8_t{42});
   return {add_high_byte(add(c.r_whole, luma), y42 + c.r_fraction),
           add_high_byte(add(c.g_whole, luma), y42 + c.g_fraction),
           add_high_byte(add(c.b_whole, luma), y42 + c.b_fraction)};
-}
-
-PIVRA_INLINE WideRgb apply_matrix(const Pair<Narrow> &luma, const Pair<ChromaTerms> &c) {
-  const Lane3 even = apply_matrix(luma.even, c.even), odd = apply_matrix(luma.odd, c.odd);
-  return {{even.r, odd.r}, {even.g, odd.g}, {even.b, odd.b}};
 }
 
 #endif

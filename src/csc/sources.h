@@ -1,9 +1,10 @@
 // How the YUV layouts are read, vector and scalar side by side.
 //
-// A source says how its rows are laid out (kRowsPerChroma luma rows share a
-// chroma row; bytes per two pixels in the luma and the chroma rows) and how a
-// block of pixels, or one pixel, becomes RGB. Rows are walked by advancing
-// pointers, so a block and a pixel are always read at the row pointers.
+// A source says how its rows are laid out (how many luma rows share a chroma
+// row, and how many bytes two pixels take in the luma and in the chroma rows) and
+// reads at the row pointers, which are walked by advancing them: `pixel` one
+// pixel, `block` what the rows of a block share. A block gives each row's luma
+// and turns the luma of even and of odd pixels into RGB.
 #ifndef PIVRA_CSC_SOURCES_H
 #define PIVRA_CSC_SOURCES_H
 
@@ -26,64 +27,98 @@ PIVRA_INLINE void advance(SourceRows<Source::kRowsPerChroma> &rows, int32_t pixe
 }
 
 #if PIVRA_VECTORS
-PIVRA_INLINE Pair<ChromaTerms> shared(const ChromaTerms &c) { return {c, c}; }
-#endif
 
-// Luma in a plane of its own: the base of all planar and semi-planar sources.
-template <int kRows, int kChromaBytesPerTwo>
-struct LumaPlane {
-  static constexpr int kRowsPerChroma = kRows;
-  static constexpr int kLumaBytes = 2, kChromaBytes = kChromaBytesPerTwo;
-  static constexpr int kChromaPlanes = kChromaBytesPerTwo == 0 ? 0 : 2;
-
-#if PIVRA_VECTORS
-  static PIVRA_INLINE Pair<Narrow> luma(const SourceRows<kRows> &rows, int row) {
+// Luma in rows of its own.
+struct LumaRows {
+  template <int kRows>
+  PIVRA_INLINE Pair<Narrow> luma(const SourceRows<kRows> &rows, int row) const {
     return load_pairs(rows.luma[row]);
   }
-#endif
 };
+
+// A chroma sample for an even and an odd pixel.
+struct HalfChromaBlock : LumaRows {
+  ChromaTerms terms;
+  PIVRA_INLINE HalfChromaBlock(Narrow cb, Narrow cr) : terms(chroma_terms(cb, cr)) {}
+  PIVRA_INLINE RgbLanes even(Narrow y) const { return apply_matrix(y, terms); }
+  PIVRA_INLINE RgbLanes odd(Narrow y) const { return apply_matrix(y, terms); }
+};
+
+// A chroma sample for every pixel.
+struct FullChromaBlock : LumaRows {
+  Pair<Narrow> cb, cr;
+  PIVRA_INLINE FullChromaBlock(Pair<Narrow> u, Pair<Narrow> v) : cb(u), cr(v) {}
+  PIVRA_INLINE RgbLanes even(Narrow y) const {
+    return apply_matrix(y, chroma_terms(cb.even, cr.even));
+  }
+  PIVRA_INLINE RgbLanes odd(Narrow y) const {
+    return apply_matrix(y, chroma_terms(cb.odd, cr.odd));
+  }
+};
+
+// Luma and chroma read at once.
+struct PackedBlock : HalfChromaBlock {
+  Pair<Narrow> y;
+  PIVRA_INLINE PackedBlock(Pair<Narrow> luma, Narrow cb, Narrow cr)
+      : HalfChromaBlock(cb, cr), y(luma) {}
+  PIVRA_INLINE Pair<Narrow> luma(const SourceRows<1> &, int) const { return y; }
+};
+
+// Luma as it is in all three channels.
+struct GreyBlock : LumaRows {
+  PIVRA_INLINE RgbLanes even(Narrow y) const { return {widen(y), widen(y), widen(y)}; }
+  PIVRA_INLINE RgbLanes odd(Narrow y) const { return even(y); }
+};
+
+#endif
 
 // Planes of U and V with one sample for two pixels: yuv420 (two rows), yuv422n (one).
 template <int kRows>
-struct HalfChromaPlanes : LumaPlane<kRows, 1> {
+struct HalfChromaPlanes {
+  static constexpr int kRowsPerChroma = kRows, kChromaPlanes = 2;
+  static constexpr int kLumaBytes = 2, kChromaBytes = 1;
+
 #if PIVRA_VECTORS
-  static PIVRA_INLINE Pair<ChromaTerms> chroma(const SourceRows<kRows> &rows) {
-    return shared(chroma_terms(load_narrow(rows.chroma[0]), load_narrow(rows.chroma[1])));
+  static PIVRA_INLINE HalfChromaBlock block(const SourceRows<kRows> &rows) {
+    return {load_narrow(rows.chroma[0]), load_narrow(rows.chroma[1])};
   }
 #endif
-  static PIVRA_INLINE Rgb pixel(const SourceRows<kRows> &rows, int row, int32_t x) {
+  static PIVRA_INLINE Rgb pixel(const SourceRows<kRows> &rows, int row, ptrdiff_t x) {
     return apply_matrix(rows.luma[row][x], rows.chroma[0][x >> 1], rows.chroma[1][x >> 1]);
   }
 };
 
 // Planes of U and V with a sample for every pixel: yuv444 (one row), yuv422w (two).
 template <int kRows>
-struct FullChromaPlanes : LumaPlane<kRows, 2> {
+struct FullChromaPlanes {
+  static constexpr int kRowsPerChroma = kRows, kChromaPlanes = 2;
+  static constexpr int kLumaBytes = 2, kChromaBytes = 2;
+
 #if PIVRA_VECTORS
-  static PIVRA_INLINE Pair<ChromaTerms> chroma(const SourceRows<kRows> &rows) {
-    const Pair<Narrow> u = load_pairs(rows.chroma[0]), v = load_pairs(rows.chroma[1]);
-    return {chroma_terms(u.even, v.even), chroma_terms(u.odd, v.odd)};
+  static PIVRA_INLINE FullChromaBlock block(const SourceRows<kRows> &rows) {
+    return {load_pairs(rows.chroma[0]), load_pairs(rows.chroma[1])};
   }
 #endif
-  static PIVRA_INLINE Rgb pixel(const SourceRows<kRows> &rows, int row, int32_t x) {
+  static PIVRA_INLINE Rgb pixel(const SourceRows<kRows> &rows, int row, ptrdiff_t x) {
     return apply_matrix(rows.luma[row][x], rows.chroma[0][x], rows.chroma[1][x]);
   }
 };
 
 // One plane of chroma pairs: nv12 (U at byte 0 of the pair), nv21 (U at byte 1).
 template <int kU>
-struct ChromaPairs : LumaPlane<2, 2> {
-  static constexpr int kChromaPlanes = 1;
+struct ChromaPairs {
+  static constexpr int kRowsPerChroma = 2, kChromaPlanes = 1;
+  static constexpr int kLumaBytes = 2, kChromaBytes = 2;
 
 #if PIVRA_VECTORS
-  static PIVRA_INLINE Pair<ChromaTerms> chroma(const SourceRows<2> &rows) {
+  static PIVRA_INLINE HalfChromaBlock block(const SourceRows<2> &rows) {
     Narrow v[2];
     load_interleaved2(rows.chroma[0], v);
-    return shared(chroma_terms(v[kU], v[1 - kU]));
+    return {v[kU], v[1 - kU]};
   }
 #endif
-  static PIVRA_INLINE Rgb pixel(const SourceRows<2> &rows, int row, int32_t x) {
-    const uint8_t *pair = rows.chroma[0] + (x & ~1);
+  static PIVRA_INLINE Rgb pixel(const SourceRows<2> &rows, int row, ptrdiff_t x) {
+    const uint8_t *pair = rows.chroma[0] + (x & ~ptrdiff_t{1});
     return apply_matrix(rows.luma[row][x], pair[kU], pair[1 - kU]);
   }
 };
@@ -91,33 +126,32 @@ struct ChromaPairs : LumaPlane<2, 2> {
 // Groups of four bytes for two pixels: luma at kY and kY + 2, U and V between.
 template <int kY>
 struct PackedGroups {
-  static constexpr int kRowsPerChroma = 1, kLumaBytes = 4, kChromaBytes = 0;
-  static constexpr int kChromaPlanes = 0;
+  static constexpr int kRowsPerChroma = 1, kChromaPlanes = 0;
+  static constexpr int kLumaBytes = 4, kChromaBytes = 0;
   static constexpr int kU = 1 - kY, kV = 3 - kY;
 
 #if PIVRA_VECTORS
-  static PIVRA_INLINE WideRgb block(const SourceRows<1> &rows) {
+  static PIVRA_INLINE PackedBlock block(const SourceRows<1> &rows) {
     Narrow v[4];
     load_interleaved4(rows.luma[0], v);
-    return apply_matrix({v[kY], v[kY + 2]}, shared(chroma_terms(v[kU], v[kV])));
+    return {{v[kY], v[kY + 2]}, v[kU], v[kV]};
   }
 #endif
-  static PIVRA_INLINE Rgb pixel(const SourceRows<1> &rows, int, int32_t x) {
-    const uint8_t *group = rows.luma[0] + 4 * ptrdiff_t{x >> 1};
+  static PIVRA_INLINE Rgb pixel(const SourceRows<1> &rows, int, ptrdiff_t x) {
+    const uint8_t *group = rows.luma[0] + 4 * (x >> 1);
     return apply_matrix(group[kY + 2 * (x & 1)], group[kU], group[kV]);
   }
 };
 
-// Luma alone, stored as it is in all three channels.
-struct GreyPlane : LumaPlane<1, 0> {
+// Luma alone.
+struct GreyPlane {
+  static constexpr int kRowsPerChroma = 1, kChromaPlanes = 0;
+  static constexpr int kLumaBytes = 2, kChromaBytes = 0;
+
 #if PIVRA_VECTORS
-  static PIVRA_INLINE WideRgb block(const SourceRows<1> &rows) {
-    const Pair<Narrow> y = load_pairs(rows.luma[0]);
-    const Pair<I16> grey = {widen(y.even), widen(y.odd)};
-    return {grey, grey, grey};
-  }
+  static PIVRA_INLINE GreyBlock block(const SourceRows<1> &) { return {}; }
 #endif
-  static PIVRA_INLINE Rgb pixel(const SourceRows<1> &rows, int, int32_t x) {
+  static PIVRA_INLINE Rgb pixel(const SourceRows<1> &rows, int, ptrdiff_t x) {
     const int32_t y = rows.luma[0][x];
     return {y, y, y};
   }

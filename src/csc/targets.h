@@ -1,5 +1,8 @@
-// How the RGB layouts are written, vector and scalar side by side: a block of
-// unclamped lanes, or one clamped pixel, at the row pointer.
+// How the RGB layouts are written, vector and scalar side by side.
+//
+// A block is finished half by half, its even pixels and then its odd ones, so
+// that few registers hold wide lanes; `store` puts both halves at the row pointer
+// and returns the address behind them. `pixel` writes one pixel.
 #ifndef PIVRA_CSC_TARGETS_H
 #define PIVRA_CSC_TARGETS_H
 
@@ -13,8 +16,11 @@ struct Rgb16 {
   static constexpr int kBytes = 2;
 
 #if PIVRA_VECTORS
-  static PIVRA_INLINE void block(uint8_t *p, const WideRgb &c) {
-    store_565(p, kBlueOnTop ? c.b : c.r, c.g, kBlueOnTop ? c.r : c.b);
+  static PIVRA_INLINE Words565 half(const RgbLanes &c) {
+    return clamp_565(kBlueOnTop ? c.b : c.r, c.g, kBlueOnTop ? c.r : c.b);
+  }
+  static PIVRA_INLINE uint8_t *store(uint8_t *p, const Words565 &even, const Words565 &odd) {
+    return store_565(p, even, odd);
   }
 #endif
   static PIVRA_INLINE void pixel(uint8_t *p, const Rgb &c) {
@@ -25,15 +31,29 @@ struct Rgb16 {
   }
 };
 
+#if PIVRA_VECTORS
+// Clamped colours in the order in which they are stored.
+struct Colours {
+  Clamped first, middle, last;
+};
+
+template <bool kBlueFirst>
+PIVRA_INLINE Colours in_order(const RgbLanes &c) {
+  const Clamped r = clamp(c.r), g = clamp(c.g), b = clamp(c.b);
+  return {kBlueFirst ? b : r, g, kBlueFirst ? r : b};
+}
+#endif
+
 // Three bytes, red first or blue first.
 template <bool kBlueFirst>
 struct Rgb24 {
   static constexpr int kBytes = 3;
 
 #if PIVRA_VECTORS
-  static PIVRA_INLINE void block(uint8_t *p, const WideRgb &c) {
-    store_interleaved3(p, saturate(kBlueFirst ? c.b : c.r), saturate(c.g),
-                       saturate(kBlueFirst ? c.r : c.b));
+  static PIVRA_INLINE Colours half(const RgbLanes &c) { return in_order<kBlueFirst>(c); }
+  static PIVRA_INLINE uint8_t *store(uint8_t *p, const Colours &even, const Colours &odd) {
+    return store_interleaved3(p, join(even.first, odd.first), join(even.middle, odd.middle),
+                              join(even.last, odd.last));
   }
 #endif
   static PIVRA_INLINE void pixel(uint8_t *p, const Rgb &c) {
@@ -49,13 +69,12 @@ struct Rgb32 {
   static constexpr int kBytes = 4;
 
 #if PIVRA_VECTORS
-  static PIVRA_INLINE void block(uint8_t *p, const WideRgb &c) {
-    const Bytes first = saturate(kBlueFirst ? c.b : c.r), middle = saturate(c.g);
-    const Bytes last = saturate(kBlueFirst ? c.r : c.b), alpha = splat_bytes(255);
-    if constexpr (kAlphaFirst)
-      store_interleaved4(p, alpha, first, middle, last);
-    else
-      store_interleaved4(p, first, middle, last, alpha);
+  static PIVRA_INLINE Colours half(const RgbLanes &c) { return in_order<kBlueFirst>(c); }
+  static PIVRA_INLINE uint8_t *store(uint8_t *p, const Colours &even, const Colours &odd) {
+    const Bytes first = join(even.first, odd.first), middle = join(even.middle, odd.middle);
+    const Bytes last = join(even.last, odd.last), alpha = splat_bytes(255);
+    if constexpr (kAlphaFirst) return store_interleaved4(p, alpha, first, middle, last);
+    return store_interleaved4(p, first, middle, last, alpha);
   }
 #endif
   static PIVRA_INLINE void pixel(uint8_t *p, const Rgb &c) {

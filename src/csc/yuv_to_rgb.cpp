@@ -14,29 +14,36 @@ namespace {
 // the one before it where the row is no multiple of a block. Leaves the
 // pointers behind the pixels done and returns how many those are.
 template <class Source, class Target, int kRows>
-PIVRA_INLINE int32_t convert_blocks(SourceRows<kRows> &in, uint8_t *(&out)[kRows],
+PIVRA_INLINE int32_t convert_blocks(SourceRows<kRows> &rows, uint8_t *(&targets)[kRows],
                                     int32_t columns) {
   const int32_t pairs = columns & ~1;
   if (pairs < kBlock) return 0;
+  SourceRows<kRows> in = rows;  // copies that stay in registers
+  uint8_t *out[kRows];
+  for (int row = 0; row < kRows; ++row) out[row] = targets[row];
+
   int32_t blocks = pairs / kBlock, rest = pairs % kBlock;
   for (;;) {
     do {
-      if constexpr (requires { Source::block(in); }) {
-        Target::block(out[0], Source::block(in));
-      } else {
-        const Pair<ChromaTerms> chroma = Source::chroma(in);
-        for (int row = 0; row < kRows; ++row)
-          Target::block(out[row], apply_matrix(Source::luma(in, row), chroma));
+      const auto block = Source::block(in);
+#pragma GCC unroll 2
+      for (int row = 0; row < kRows; ++row) {
+        const Pair<Narrow> luma = block.luma(in, row);
+        const auto even = Target::half(block.even(luma.even));
+        const auto odd = Target::half(block.odd(luma.odd));
+        out[row] = Target::store(out[row], even, odd);
       }
       advance<Source>(in, kBlock);
-      for (uint8_t *&p : out) p += kBlock * Target::kBytes;
     } while (--blocks > 0);
-    if (rest == 0) return pairs;
+    if (rest == 0) break;
     advance<Source>(in, rest - kBlock);
     for (uint8_t *&p : out) p += (rest - kBlock) * Target::kBytes;
     blocks = 1;
     rest = 0;
   }
+  rows = in;
+  for (int row = 0; row < kRows; ++row) targets[row] = out[row];
+  return pairs;
 }
 
 #endif
@@ -47,7 +54,7 @@ PIVRA_INLINE void convert_rows(SourceRows<kRows> in, uint8_t *(&out)[kRows], int
   columns -= convert_blocks<Source, Target>(in, out, columns);
 #endif
   for (int row = 0; row < kRows; ++row)
-    for (int32_t x = 0; x < columns; ++x)
+    for (ptrdiff_t x = 0; x < columns; ++x)
       Target::pixel(out[row] + x * Target::kBytes, Source::pixel(in, row, x));
 }
 

@@ -43,36 +43,91 @@ PIVRA_INLINE I16 subtract(Narrow n, uint8_t k) {
 PIVRA_INLINE I16 multiply(Narrow n, uint8_t k) {
   return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k)));
 }
-PIVRA_INLINE I16 multiply(I16 i, int16_t k) { return vmulq_n_s16(i, k); }
+PIVRA_INLINE I16 multiply(I16 i, int16_t k) { return vmulq_s16(i, vdupq_n_s16(k)); }
 PIVRA_INLINE I16 add(I16 i, Narrow n) {
   return vreinterpretq_s16_u16(vaddw_u8(vreinterpretq_u16_s16(i), n));
 }
 PIVRA_INLINE I16 add_high_byte(I16 i, I16 j) { return vsraq_n_s16(i, j, 8); }
 
-PIVRA_INLINE Bytes saturate(Pair<I16> p) {
-  const uint8x8x2_t v = vzip_u8(vqmovun_s16(p.even), vqmovun_s16(p.odd));
+typedef uint8x8_t Clamped;
+PIVRA_INLINE Clamped clamp(I16 i) { return vqmovun_s16(i); }
+
+#if defined(__arm__) && !defined(__clang__)
+// The intrinsic costs GCC a zip for each of the two results.
+PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
+  asm("vzip.8 %P0, %P1" : "+w"(even), "+w"(odd));
+  return {even, odd};
+}
+#else
+PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
+  const uint8x8x2_t v = vzip_u8(even, odd);
   return {v.val[0], v.val[1]};
 }
+#endif
 PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return {vdup_n_u8(k), vdup_n_u8(k)}; }
 
 // The saturating shift leaves the clamped value in the top byte, where
 // shift-right-insert picks the bits that the field keeps.
-PIVRA_INLINE uint16x8_t pack_565(I16 a, I16 b, I16 c) {
+typedef uint16x8_t Words565;
+PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
   const uint16x8_t ab = vsriq_n_u16(vqshluq_n_s16(a, 8), vqshluq_n_s16(b, 8), 5);
   return vsriq_n_u16(ab, vqshluq_n_s16(c, 8), 11);
 }
-PIVRA_INLINE void store_565(uint8_t *p, Pair<I16> a, Pair<I16> b, Pair<I16> c) {
-  const uint16x8x2_t v = {{pack_565(a.even, b.even, c.even), pack_565(a.odd, b.odd, c.odd)}};
-  vst2q_u16(reinterpret_cast<uint16_t *>(p), v);
+PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
+  vst2q_u16(reinterpret_cast<uint16_t *>(p), uint16x8x2_t{{even, odd}});
+  return p + 2 * kBlock;
 }
-PIVRA_INLINE void store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+
+#if defined(__arm__) && !defined(__clang__)
+
+// GCC puts the register lists of VST3 and VST4 together in memory on 32-bit ARM.
+// Naming the registers spares it that.
+#define PIVRA_IN_REGISTER(name, value) register uint8x8_t name asm(#name) = value
+
+PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+  PIVRA_IN_REGISTER(d0, a.low);
+  PIVRA_IN_REGISTER(d1, b.low);
+  PIVRA_IN_REGISTER(d2, c.low);
+  PIVRA_IN_REGISTER(d4, a.high);
+  PIVRA_IN_REGISTER(d5, b.high);
+  PIVRA_IN_REGISTER(d6, c.high);
+  asm volatile("vst3.8 {d0-d2}, [%[p]]!\n\tvst3.8 {d4-d6}, [%[p]]!"
+               : [p] "+r"(p)
+               : "w"(d0), "w"(d1), "w"(d2), "w"(d4), "w"(d5), "w"(d6)
+               : "memory");
+  return p;
+}
+PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
+  PIVRA_IN_REGISTER(d0, a.low);
+  PIVRA_IN_REGISTER(d1, b.low);
+  PIVRA_IN_REGISTER(d2, c.low);
+  PIVRA_IN_REGISTER(d3, d.low);
+  PIVRA_IN_REGISTER(d4, a.high);
+  PIVRA_IN_REGISTER(d5, b.high);
+  PIVRA_IN_REGISTER(d6, c.high);
+  PIVRA_IN_REGISTER(d7, d.high);
+  asm volatile("vst4.8 {d0-d3}, [%[p]]!\n\tvst4.8 {d4-d7}, [%[p]]!"
+               : [p] "+r"(p)
+               : "w"(d0), "w"(d1), "w"(d2), "w"(d3), "w"(d4), "w"(d5), "w"(d6), "w"(d7)
+               : "memory");
+  return p;
+}
+#undef PIVRA_IN_REGISTER
+
+#else
+
+PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
   vst3_u8(p, uint8x8x3_t{{a.low, b.low, c.low}});
   vst3_u8(p + 24, uint8x8x3_t{{a.high, b.high, c.high}});
+  return p + 48;
 }
-PIVRA_INLINE void store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
+PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
   vst4_u8(p, uint8x8x4_t{{a.low, b.low, c.low, d.low}});
   vst4_u8(p + 32, uint8x8x4_t{{a.high, b.high, c.high, d.high}});
+  return p + 64;
 }
+
+#endif
 
 }  // namespace pivra::PIVRA_LEVEL
 

@@ -22,9 +22,12 @@
 //   multiply(n, k), multiply(i, k)
 //   add(i, n)                 i + n
 //   add_high_byte(i, j)       i + (j >> 8)
-//   saturate(pair)            16-bit lanes clamped to bytes
-//   store_565(p, a, b, c)     5-6-5 words with a in the top bits, from unclamped lanes
+//   clamp(i)                  16-bit lanes clamped to bytes (Clamped, on some levels later)
+//   join(even, odd)           both halves' Clamped as Bytes
 //   store_interleaved3/4      byte triples or quadruples
+//   clamp_565(a, b, c)        5-6-5 words with a in the top bits (Words565)
+//   store_565(p, even, odd)   both halves' words; like the other stores it returns
+//                             the address behind what they wrote
 //
 // Loads and stores touch exactly the bytes they name, at any alignment. A level
 // without vectors defines no kBlock and leaves PIVRA_VECTORS at 0; its kernels

@@ -65,7 +65,10 @@ PIVRA_INLINE I16 multiply(I16 i, int16_t k) { return i * k; }
 PIVRA_INLINE I16 add(I16 i, Narrow n) { return i + n; }
 PIVRA_INLINE I16 add_high_byte(I16 i, I16 j) { return i + (j >> 8); }
 
-PIVRA_INLINE Bytes saturate(Pair<I16> p) { return pack_unsigned(p.even, p.odd); }
+// Clamped as they are joined: one instruction does both.
+typedef I16 Clamped;
+PIVRA_INLINE Clamped clamp(I16 i) { return i; }
+PIVRA_INLINE Bytes join(Clamped even, Clamped odd) { return pack_unsigned(even, odd); }
 
 // Vectors whose 128-bit lanes are to be stored in this order: lane 0 of each,
 // then lane 1 of each, and so on.
@@ -84,23 +87,27 @@ PIVRA_INLINE Lanes<4> pixels32(Bytes a, Bytes b, Bytes c, Bytes d) {
            unpack_high32(even1, odd1)}};
 }
 
-PIVRA_INLINE void store_565(uint8_t *p, Pair<I16> a, Pair<I16> b, Pair<I16> c) {
-  const U8 top = saturate(a), middle = saturate(b), bottom = saturate(c);
+struct Words565 {
+  Clamped a, b, c;
+};
+PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) { return {a, b, c}; }
+PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 e, Words565 o) {
+  const U8 top = join(e.a, o.a), middle = join(e.b, o.b), bottom = join(e.c, o.c);
   const U8 high = (top & 0xF8) | ((U8)((U16)middle >> 5) & 0x07);
   const U8 low = ((U8)((U16)middle << 3) & 0xE0) | ((U8)((U16)bottom >> 3) & 0x1F);
   const U8 even = unpack_low8(low, high), odd = unpack_high8(low, high);
-  store_lanes(p, Lanes<2>{{unpack_low16(even, odd), unpack_high16(even, odd)}}.v);
+  return store_lanes(p, Lanes<2>{{unpack_low16(even, odd), unpack_high16(even, odd)}}.v);
 }
-PIVRA_INLINE void store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
   Lanes<4> q = pixels32(a, b, c, c);
   for (U8 &v : q.v) v = drop_fourth_bytes(v);
-  store_lanes(p, Lanes<3>{{q.v[0] | shift_up<12>(q.v[1]),
+  return store_lanes(p, Lanes<3>{{q.v[0] | shift_up<12>(q.v[1]),
                            shift_down<4>(q.v[1]) | shift_up<8>(q.v[2]),
                            shift_down<8>(q.v[2]) | shift_up<4>(q.v[3])}}
                      .v);
 }
-PIVRA_INLINE void store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
-  store_lanes(p, pixels32(a, b, c, d).v);
+PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
+  return store_lanes(p, pixels32(a, b, c, d).v);
 }
 
 }  // namespace pivra::PIVRA_LEVEL

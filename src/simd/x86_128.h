@@ -49,8 +49,9 @@ PIVRA_INLINE U8 drop_fourth_bytes(U8 v) {
 }
 
 template <int n>
-PIVRA_INLINE void store_lanes(uint8_t *p, const U8 (&v)[n]) {
+PIVRA_INLINE uint8_t *store_lanes(uint8_t *p, const U8 (&v)[n]) {
   for (int i = 0; i < n; ++i) store(p + 16 * i, v[i]);
+  return p + 16 * n;
 }
 
 }  // namespace pivra::PIVRA_LEVEL

@@ -48,7 +48,7 @@ PIVRA_INLINE U8 drop_fourth_bytes(U8 v) {
 // Lane 0 of every vector, then lane 1 of every vector: the halves to be stored
 // together are half i and half i + 1 of that sequence.
 template <int n>
-PIVRA_INLINE void store_lanes(uint8_t *p, const U8 (&v)[n]) {
+PIVRA_INLINE uint8_t *store_lanes(uint8_t *p, const U8 (&v)[n]) {
   for (int i = 0; i < n; ++i) {
     const int a = 2 * i, b = 2 * i + 1;
     const __m256i va = (__m256i)v[a % n], vb = (__m256i)v[b % n];
@@ -57,6 +57,7 @@ PIVRA_INLINE void store_lanes(uint8_t *p, const U8 (&v)[n]) {
                                     : _mm256_permute2x128_si256(va, vb, 0x30);
     store(p + 32 * i, (U8)joined);
   }
+  return p + 32 * n;
 }
 
 }  // namespace pivra::PIVRA_LEVEL

@@ -1,0 +1,105 @@
+#include "peers.h"
+
+#include <libyuv/convert_argb.h>
+#include <libyuv/convert_from.h>
+
+#include <map>
+
+namespace {
+
+using Byte = std::uint8_t;
+using Planar = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int, int, int);
+using SemiPlanar = int(const Byte *, int, const Byte *, int, Byte *, int, int, int);
+using Packed = int(const Byte *, int, Byte *, int, int, int);
+using PlanarMatrix = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int,
+                         const libyuv::YuvConstants *, int, int);
+using SemiPlanarMatrix = int(const Byte *, int, const Byte *, int, Byte *, int,
+                             const libyuv::YuvConstants *, int, int);
+
+// `first` is the plane that the function takes for U.
+Peer with(Planar *convert, int first = 1) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    const int second = 3 - first;
+    convert(s.plane[0], s.stride[0], s.plane[first], s.stride[first], s.plane[second],
+            s.stride[second], d.plane[0], d.stride[0], s.width[0], s.height[0]);
+  };
+}
+Peer with(SemiPlanar *convert) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0], s.width[0],
+            s.height[0]);
+  };
+}
+Peer with(Packed *convert) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.width[0], s.height[0]);
+  };
+}
+
+// Red and blue change places with U and V exchanged and the matrix for that.
+Peer with_red_and_blue_exchanged(PlanarMatrix *convert, int first = 2) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    const int second = 3 - first;
+    convert(s.plane[0], s.stride[0], s.plane[first], s.stride[first], s.plane[second],
+            s.stride[second], d.plane[0], d.stride[0], &libyuv::kYvuI601Constants, s.width[0],
+            s.height[0]);
+  };
+}
+// The pairs of the source are V, U already.
+Peer with_red_and_blue_exchanged(SemiPlanarMatrix *convert) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0],
+            &libyuv::kYvuI601Constants, s.width[0], s.height[0]);
+  };
+}
+
+}  // namespace
+
+const Peer &find_peer(std::string_view kernel) {
+  using namespace libyuv;
+  static const std::map<std::string_view, Peer> peers = {
+      {"yuv420_to_rgb565", with(I420ToRGB565)},
+      {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},
+      {"yuv420_to_rgb888", with(I420ToRAW)},
+      {"yuv420_to_bgr888", with(I420ToRGB24)},
+      {"yuv420_to_rgba8888", with(I420ToABGR)},
+      {"yuv420_to_bgra8888", with(I420ToARGB)},
+      {"yuv420_to_argb8888", with(I420ToBGRA)},
+      {"yuv420_to_abgr8888", with(I420ToRGBA)},
+      {"yv12_to_rgb565", with(I420ToRGB565, 2)},
+      {"yv12_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix, 1)},
+      {"yv12_to_rgb888", with(I420ToRAW, 2)},
+      {"yv12_to_bgr888", with(I420ToRGB24, 2)},
+      {"yv12_to_rgba8888", with(I420ToABGR, 2)},
+      {"yv12_to_bgra8888", with(I420ToARGB, 2)},
+      {"yv12_to_argb8888", with(I420ToBGRA, 2)},
+      {"yv12_to_abgr8888", with(I420ToRGBA, 2)},
+      {"yuv422n_to_rgb565", with(I422ToRGB565)},
+      {"yuv422n_to_bgr565", with_red_and_blue_exchanged(I422ToRGB565Matrix)},
+      {"yuv422n_to_rgb888", with(I422ToRAW)},
+      {"yuv422n_to_bgr888", with(I422ToRGB24)},
+      {"yuv422n_to_rgba8888", with(I422ToABGR)},
+      {"yuv422n_to_bgra8888", with(I422ToARGB)},
+      {"yuv422n_to_argb8888", with(I422ToBGRA)},
+      {"yuv422n_to_abgr8888", with(I422ToRGBA)},
+      {"yuv444_to_rgb888", with(I444ToRAW)},
+      {"yuv444_to_bgr888", with(I444ToRGB24)},
+      {"yuv444_to_rgba8888", with(I444ToABGR)},
+      {"yuv444_to_bgra8888", with(I444ToARGB)},
+      {"nv12_to_rgb565", with(NV12ToRGB565)},
+      {"nv12_to_rgb888", with(NV12ToRAW)},
+      {"nv12_to_bgr888", with(NV12ToRGB24)},
+      {"nv12_to_rgba8888", with(NV12ToABGR)},
+      {"nv12_to_bgra8888", with(NV12ToARGB)},
+      {"nv21_to_bgr565", with_red_and_blue_exchanged(NV12ToRGB565Matrix)},
+      {"nv21_to_rgb888", with(NV21ToRAW)},
+      {"nv21_to_bgr888", with(NV21ToRGB24)},
+      {"nv21_to_rgba8888", with(NV21ToABGR)},
+      {"nv21_to_bgra8888", with(NV21ToARGB)},
+      {"yuyv_to_bgra8888", with(YUY2ToARGB)},
+      {"uyvy_to_bgra8888", with(UYVYToARGB)},
+  };
+  static const Peer none;
+  const auto found = peers.find(kernel);
+  return found == peers.end() ? none : found->second;
+}

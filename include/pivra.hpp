@@ -1,0 +1,395 @@
+/**
+ * @file pivra.hpp
+ * @brief C++20 layer over pivra.h: formats by name, pictures, checked conversion.
+ *
+ * Header-only; needs the standard library and libpivra. Where the C entry points
+ * trust their caller, these functions check first and throw std::invalid_argument
+ * with one sentence that says what is wrong.
+ *
+ * @code
+ * pivra::Picture frame(PIVRA_FORMAT_NV12, 1280, 720), shown(PIVRA_FORMAT_RGB565, 1280, 720);
+ * std::ranges::copy(decoded, frame.bytes().begin());
+ * pivra::convert(frame.desc(), shown.desc());
+ * @endcode
+ */
+#ifndef PIVRA_HPP
+#define PIVRA_HPP
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "pivra.h"
+
+namespace pivra {
+
+/** The smallest width and height that convert() takes, in pixels. */
+inline constexpr std::int32_t kMinimumSize = 8;
+
+/* ------------------------------------------------------------------------ */
+/* Formats                                                                  */
+/* ------------------------------------------------------------------------ */
+
+/**
+ * How one plane follows from the size of the picture: ceil(w / 2^width_shift) x
+ * ceil(h / 2^height_shift) elements of `bytes` bytes. An element is a sample, a
+ * pair of interleaved chroma (2 bytes), a pixel, or two packed pixels (4 bytes).
+ */
+struct PlaneShape {
+  std::int32_t width_shift, height_shift;
+  std::int32_t bytes;
+
+  /** Elements in a row of a picture `width` pixels wide. */
+  constexpr std::int32_t columns(std::int32_t width) const { return shifted(width, width_shift); }
+  /** Rows of the plane in a picture `height` pixels high. */
+  constexpr std::int32_t rows(std::int32_t height) const { return shifted(height, height_shift); }
+  /** Bytes in a row, without padding. */
+  constexpr std::int64_t row_bytes(std::int32_t width) const {
+    return std::int64_t{columns(width)} * bytes;
+  }
+
+ private:
+  static constexpr std::int32_t shifted(std::int32_t size, std::int32_t shift) {
+    return static_cast<std::int32_t>((std::int64_t{size} + (1 << shift) - 1) >> shift);
+  }
+};
+
+/** What is known about a format. */
+struct FormatInfo {
+  std::int32_t code;                  /**< One of PIVRA_FORMAT_... */
+  std::string_view name;              /**< As in pivra.h, in lower case. */
+  std::span<const PlaneShape> planes; /**< Empty for tiled formats. */
+  std::string_view ffmpeg, gstreamer; /**< Names elsewhere; empty if there is none. */
+
+  /** Whether the samples lie in rows, so that sizes and strides describe a picture. */
+  constexpr bool linear() const { return !planes.empty(); }
+  /** Whether the samples are red, green and blue. */
+  constexpr bool rgb() const { return code >= 200; }
+};
+
+namespace detail {
+
+inline constexpr PlaneShape kGrey[] = {{0, 0, 1}};
+inline constexpr PlaneShape kPlanar420[] = {{0, 0, 1}, {1, 1, 1}, {1, 1, 1}};
+inline constexpr PlaneShape kPlanar422[] = {{0, 0, 1}, {1, 0, 1}, {1, 0, 1}};
+inline constexpr PlaneShape kPlanar440[] = {{0, 0, 1}, {0, 1, 1}, {0, 1, 1}};
+inline constexpr PlaneShape kPlanar444[] = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+inline constexpr PlaneShape kSemiPlanar420[] = {{0, 0, 1}, {1, 1, 2}};
+inline constexpr PlaneShape kPacked422[] = {{1, 0, 4}};
+inline constexpr PlaneShape kPixels16[] = {{0, 0, 2}};
+inline constexpr PlaneShape kPixels24[] = {{0, 0, 3}};
+inline constexpr PlaneShape kPixels32[] = {{0, 0, 4}};
+
+inline constexpr FormatInfo kFormats[] = {
+    {PIVRA_FORMAT_YUV400, "yuv400", kGrey, "gray", "GRAY8"},
+    {PIVRA_FORMAT_YUV420, "yuv420", kPlanar420, "yuv420p", "I420"},
+    {PIVRA_FORMAT_YUV422N, "yuv422n", kPlanar422, "yuv422p", "Y42B"},
+    {PIVRA_FORMAT_YUV444, "yuv444", kPlanar444, "yuv444p", "Y444"},
+    {PIVRA_FORMAT_YV12, "yv12", kPlanar420, "", "YV12"},
+    {PIVRA_FORMAT_YV16, "yv16", kPlanar422, "", ""},
+    {PIVRA_FORMAT_NV12, "nv12", kSemiPlanar420, "nv12", "NV12"},
+    {PIVRA_FORMAT_NV21, "nv21", kSemiPlanar420, "nv21", "NV21"},
+    {PIVRA_FORMAT_YUV422W, "yuv422w", kPlanar440, "yuv440p", ""},
+    {PIVRA_FORMAT_T64X32, "t64x32", {}, "", ""},
+    {PIVRA_FORMAT_T16X16, "t16x16", {}, "", ""},
+    {PIVRA_FORMAT_T8X8, "t8x8", {}, "", ""},
+    {PIVRA_FORMAT_T256X16, "t256x16", {}, "", ""},
+    {PIVRA_FORMAT_UYVY, "uyvy", kPacked422, "uyvy422", "UYVY"},
+    {PIVRA_FORMAT_YUYV, "yuyv", kPacked422, "yuyv422", "YUY2"},
+    {PIVRA_FORMAT_RGB565, "rgb565", kPixels16, "rgb565le", "RGB16"},
+    {PIVRA_FORMAT_BGR565, "bgr565", kPixels16, "bgr565le", "BGR16"},
+    {PIVRA_FORMAT_RGB888, "rgb888", kPixels24, "rgb24", "RGB"},
+    {PIVRA_FORMAT_BGR888, "bgr888", kPixels24, "bgr24", "BGR"},
+    {PIVRA_FORMAT_RGBA8888, "rgba8888", kPixels32, "rgba", "RGBA"},
+    {PIVRA_FORMAT_BGRA8888, "bgra8888", kPixels32, "bgra", "BGRA"},
+    {PIVRA_FORMAT_ARGB8888, "argb8888", kPixels32, "argb", "ARGB"},
+    {PIVRA_FORMAT_ABGR8888, "abgr8888", kPixels32, "abgr", "ABGR"},
+};
+
+struct FormatPair {
+  std::int32_t from, to;
+  constexpr bool operator==(const FormatPair &) const = default;
+};
+
+#define PIVRA_FORMAT_PAIR(SOURCE, source, DESTINATION, destination) \
+  {PIVRA_FORMAT_##SOURCE, PIVRA_FORMAT_##DESTINATION},
+inline constexpr FormatPair kPairs[] = {PIVRA_CSC_PAIRS(PIVRA_FORMAT_PAIR)};
+#undef PIVRA_FORMAT_PAIR
+
+constexpr bool equal_but_for_case(std::string_view a, std::string_view b) {
+  constexpr auto lower = [](char c) {
+    return 'A' <= c && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+  };
+  return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+// The one format that `matches` one of its names, or null if there is none or several.
+template <class Matches>
+constexpr const FormatInfo *find_unique(Matches matches) {
+  const FormatInfo *found = nullptr;
+  for (const FormatInfo &info : kFormats) {
+    if (!matches(info.name) && !matches(info.ffmpeg) && !matches(info.gstreamer)) continue;
+    if (found) return nullptr;
+    found = &info;
+  }
+  return found;
+}
+
+}  // namespace detail
+
+/** Every format of pivra.h, in the order of the codes. */
+constexpr std::span<const FormatInfo> formats() {
+  return detail::kFormats;
+}
+
+/** The format of a code, or null. */
+constexpr const FormatInfo *find_format(std::int32_t code) {
+  const auto *found = std::ranges::find(detail::kFormats, code, &FormatInfo::code);
+  return found == std::end(detail::kFormats) ? nullptr : found;
+}
+
+/**
+ * The format of a name, of this library or elsewhere, or null. Upper and lower
+ * case count, unless only one format answers to the name without them.
+ */
+constexpr const FormatInfo *find_format(std::string_view name_or_alias) {
+  if (name_or_alias.empty()) return nullptr;
+  const auto *found =
+      detail::find_unique([&](std::string_view name) { return name == name_or_alias; });
+  return found ? found : detail::find_unique([&](std::string_view name) {
+    return detail::equal_but_for_case(name, name_or_alias);
+  });
+}
+
+/** Whether convert() takes pictures of the one format to the other. */
+constexpr bool converts(std::int32_t from, std::int32_t to) {
+  return std::ranges::count(detail::kPairs, detail::FormatPair{from, to}) != 0;
+}
+
+/* ------------------------------------------------------------------------ */
+/* Sizes and descriptors                                                    */
+/* ------------------------------------------------------------------------ */
+
+namespace detail {
+
+[[noreturn]] inline void refuse(const std::string &why) {
+  throw std::invalid_argument(why);
+}
+
+inline std::string size_text(std::int32_t width, std::int32_t height) {
+  return std::to_string(width) + "x" + std::to_string(height);
+}
+
+inline const FormatInfo &linear_format(std::int32_t code) {
+  const FormatInfo *info = find_format(code);
+  if (!info) refuse("unknown format code " + std::to_string(code));
+  if (!info->linear()) {
+    refuse("the tiled format " + std::string(info->name) + " has no rows to describe");
+  }
+  return *info;
+}
+
+inline void require_size(std::int32_t width, std::int32_t height, std::int32_t minimum) {
+  if (width >= minimum && height >= minimum) return;
+  refuse("the size " + size_text(width, height) + " is below " + size_text(minimum, minimum));
+}
+
+}  // namespace detail
+
+/**
+ * A descriptor of a picture whose planes lie one behind the other.
+ *
+ * @param width, height  of the picture in pixels, from 1 up; chroma sizes are
+ *                       rounded up.
+ * @param pixels         size_in_bytes() of the same arguments, or null to learn
+ *                       the strides only.
+ * @param alignment      every stride is rounded up to a multiple of it, in bytes.
+ * @throws std::invalid_argument  if the format is unknown or tiled, the size or
+ *                       the alignment is not positive, or a stride exceeds 2^31 - 1.
+ */
+inline ImageDesc describe(std::int32_t format, std::int32_t width, std::int32_t height,
+                          std::uint8_t *pixels, std::int32_t alignment = 1) {
+  const FormatInfo &info = detail::linear_format(format);
+  detail::require_size(width, height, 1);
+  if (alignment < 1) detail::refuse("the alignment " + std::to_string(alignment) + " is below 1");
+
+  ImageDesc desc = {};
+  desc.format = format;
+  for (std::size_t p = 0; p < info.planes.size(); ++p) {
+    const PlaneShape &shape = info.planes[p];
+    const std::int64_t stride = (shape.row_bytes(width) + alignment - 1) / alignment * alignment;
+    if (stride > std::numeric_limits<std::int32_t>::max()) {
+      detail::refuse("the width " + std::to_string(width) + " is too large for " +
+                     std::string(info.name));
+    }
+    // Plane 0 counts pixels, also where two of them are packed in one element.
+    desc.width[p] = p == 0 ? width : shape.columns(width);
+    desc.height[p] = shape.rows(height);
+    desc.stride[p] = static_cast<std::int32_t>(stride);
+    desc.plane[p] = pixels;
+    if (pixels) pixels += static_cast<std::ptrdiff_t>(stride) * desc.height[p];
+  }
+  return desc;
+}
+
+/**
+ * Bytes of a picture as describe() lays it out.
+ * @throws std::invalid_argument  as describe(), and if memory cannot hold the picture.
+ */
+inline std::size_t size_in_bytes(std::int32_t format, std::int32_t width, std::int32_t height,
+                                 std::int32_t alignment = 1) {
+  const ImageDesc desc = describe(format, width, height, nullptr, alignment);
+  std::uint64_t size = 0;  // at most three products of two 31-bit numbers
+  for (int p = 0; p < 4; ++p) size += std::uint64_t(desc.stride[p]) * std::uint64_t(desc.height[p]);
+  if (size > std::uint64_t(std::numeric_limits<std::ptrdiff_t>::max())) {
+    detail::refuse("the size " + detail::size_text(width, height) + " is too large for memory");
+  }
+  return static_cast<std::size_t>(size);
+}
+
+/**
+ * Checks that a descriptor describes a picture: a known linear format, a positive
+ * size, and for each plane a pointer, a stride of at least a row, and a size of
+ * at least what the luma size asks for. Padding and odd strides are fine.
+ * @throws std::invalid_argument  with a sentence that names the first fault.
+ */
+inline void check(const ImageDesc &desc) {
+  const FormatInfo &info = detail::linear_format(desc.format);
+  const std::int32_t width = desc.width[0], height = desc.height[0];
+  detail::require_size(width, height, 1);
+  for (std::size_t p = 0; p < info.planes.size(); ++p) {
+    const PlaneShape &shape = info.planes[p];
+    const std::string plane = "plane " + std::to_string(p) + " of " + std::string(info.name);
+    if (!desc.plane[p]) detail::refuse(plane + " is null");
+    if (p > 0 && (desc.width[p] < shape.columns(width) || desc.height[p] < shape.rows(height))) {
+      detail::refuse(plane + " is " + detail::size_text(desc.width[p], desc.height[p]) + ", but " +
+                     detail::size_text(width, height) + " pixels take " +
+                     detail::size_text(shape.columns(width), shape.rows(height)));
+    }
+    if (desc.stride[p] < shape.row_bytes(width)) {
+      detail::refuse(plane + " has a stride of " + std::to_string(desc.stride[p]) +
+                     " bytes, but a row takes " + std::to_string(shape.row_bytes(width)));
+    }
+  }
+}
+
+/** A picture that owns its bytes, zero at first, laid out as by describe(). */
+class Picture {
+ public:
+  /** @throws std::invalid_argument  as size_in_bytes(). */
+  Picture(std::int32_t format, std::int32_t width, std::int32_t height, std::int32_t alignment = 1)
+      : format_(format),
+        width_(width),
+        height_(height),
+        alignment_(alignment),
+        bytes_(size_in_bytes(format, width, height, alignment)) {}
+
+  std::int32_t format() const { return format_; }
+  std::int32_t width() const { return width_; }
+  std::int32_t height() const { return height_; }
+
+  /** All planes with their padding. */
+  std::span<std::uint8_t> bytes() { return bytes_; }
+  std::span<const std::uint8_t> bytes() const { return bytes_; }
+
+  /** A new descriptor of the bytes, valid as long as the picture lives and is not moved. */
+  ImageDesc desc() { return describe(format_, width_, height_, bytes_.data(), alignment_); }
+
+ private:
+  std::int32_t format_, width_, height_, alignment_;
+  std::vector<std::uint8_t> bytes_;
+};
+
+/* ------------------------------------------------------------------------ */
+/* Conversion                                                               */
+/* ------------------------------------------------------------------------ */
+
+namespace detail {
+
+// The sizes and strides that pivra.h lists as not exact for a kernel of the source.
+inline bool exact_in_place(const ImageDesc &src) {
+  const bool odd_width = src.width[0] % 2 != 0, odd_height = src.height[0] % 2 != 0;
+  switch (src.format) {
+    case PIVRA_FORMAT_YUV400:
+    case PIVRA_FORMAT_YUV444:
+    case PIVRA_FORMAT_YUV422W:
+      return true;
+    case PIVRA_FORMAT_YUV420:
+    case PIVRA_FORMAT_YV12:
+      return !odd_width && !odd_height && src.stride[1] == src.stride[2];
+    default:
+      return !odd_width;
+  }
+}
+
+// Copies the rows of width x height pixels between two descriptors of one format.
+inline void copy_rows(const ImageDesc &src, const ImageDesc &dst, std::int32_t width,
+                      std::int32_t height) {
+  const FormatInfo &info = linear_format(src.format);
+  for (std::size_t p = 0; p < info.planes.size(); ++p) {
+    const auto bytes = static_cast<std::size_t>(info.planes[p].row_bytes(width));
+    const std::uint8_t *from = src.plane[p];
+    std::uint8_t *to = dst.plane[p];
+    for (std::int32_t y = info.planes[p].rows(height); y > 0; --y) {
+      std::memcpy(to, from, bytes);
+      from += src.stride[p];
+      to += dst.stride[p];
+    }
+  }
+}
+
+// By value: converting from yv12 changes the source's descriptor.
+inline void convert_in_place(ImageDesc src, ImageDesc dst) {
+  if (pivra_csc(&src, &dst) != PIVRA_OK) throw std::runtime_error("libpivra refused the pictures");
+}
+
+}  // namespace detail
+
+/**
+ * Converts a picture into another format at the same size, exactly as the matrix
+ * in pivra.h says for every pixel, at every size from 8 x 8 up and with any
+ * strides; chroma is repeated. Bytes outside the destination's rows keep their
+ * values.
+ *
+ * Odd widths, and in yuv420 and yv12 odd heights and chroma planes with unlike
+ * strides, go through copies with even sizes, which takes memory for one more
+ * picture of each format; everything else is converted where it lies.
+ *
+ * @param src, dst  pictures that do not overlap. The descriptors are left as they are.
+ * @throws std::invalid_argument  if check() refuses one of them, their sizes
+ *                  differ or are below 8 x 8, or converts() is false.
+ */
+inline void convert(const ImageDesc &src, const ImageDesc &dst) {
+  check(src);
+  check(dst);
+  const std::int32_t width = src.width[0], height = src.height[0];
+  if (dst.width[0] != width || dst.height[0] != height) {
+    detail::refuse("the source is " + detail::size_text(width, height) +
+                   ", but the destination is " + detail::size_text(dst.width[0], dst.height[0]));
+  }
+  detail::require_size(width, height, kMinimumSize);
+  if (!converts(src.format, dst.format)) {
+    detail::refuse(std::string(find_format(src.format)->name) + " does not convert to " +
+                   std::string(find_format(dst.format)->name));
+  }
+
+  if (detail::exact_in_place(src)) return detail::convert_in_place(src, dst);
+
+  const std::int32_t even_width = width + width % 2, even_height = height + height % 2;
+  Picture source(src.format, even_width, even_height);
+  Picture result(dst.format, even_width, even_height);
+  detail::copy_rows(src, source.desc(), width, height);
+  detail::convert_in_place(source.desc(), result.desc());
+  detail::copy_rows(result.desc(), dst, width, height);
+}
+
+}  // namespace pivra
+
+#endif  // PIVRA_HPP

@@ -1,0 +1,105 @@
+// Memory for the tests: planes that end exactly at an inaccessible page, so that
+// a read or write of a single byte too many ends the test program.
+#ifndef PIVRA_TESTS_GUARDED_H
+#define PIVRA_TESTS_GUARDED_H
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+#include <stdexcept>
+#include <vector>
+
+namespace pivra::test {
+
+// Seeded from PIVRA_TEST_SEED, or at random; printed so that a failure can be repeated.
+inline std::mt19937 &random_engine() {
+  static std::mt19937 engine = [] {
+    const char *given = std::getenv("PIVRA_TEST_SEED");
+    const auto seed = given ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
+                            : std::random_device{}();
+    std::cout << "PIVRA_TEST_SEED=" << seed << std::endl;
+    return std::mt19937(seed);
+  }();
+  return engine;
+}
+
+inline int32_t random_in(int32_t low, int32_t high) {
+  return std::uniform_int_distribution<int32_t>(low, high)(random_engine());
+}
+
+// Random bytes, only the two extremes, or one value throughout.
+inline std::vector<uint8_t> random_bytes(size_t count) {
+  std::vector<uint8_t> bytes(count);
+  const int kind = random_in(0, 4);
+  const auto same = static_cast<uint8_t>(random_engine()());
+  for (uint8_t &b : bytes) {
+    const auto r = static_cast<uint8_t>(random_engine()());
+    b = kind == 0 ? (r & 1 ? 255 : 0) : kind == 1 ? same : r;
+  }
+  return bytes;
+}
+
+// A plane between two inaccessible pages, touching one of them.
+class GuardedPlane {
+ public:
+  GuardedPlane() : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {}
+  GuardedPlane(const GuardedPlane &) = delete;
+  GuardedPlane &operator=(const GuardedPlane &) = delete;
+  ~GuardedPlane() { release(); }
+
+  // `content` placed against the page behind it (any alignment) or before it.
+  uint8_t *place(const std::vector<uint8_t> &content, bool at_end) {
+    const size_t needed = (content.size() + page_ - 1) / page_ * page_ + 2 * page_;
+    if (needed > size_) {
+      release();
+      void *p = mmap(nullptr, needed, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+      if (p == MAP_FAILED) throw std::runtime_error("mmap");
+      base_ = static_cast<uint8_t *>(p);
+      size_ = needed;
+      if (mprotect(base_ + page_, size_ - 2 * page_, PROT_READ | PROT_WRITE) != 0)
+        throw std::runtime_error("mprotect");
+    }
+    count_ = content.size();
+    data_ = at_end ? base_ + size_ - page_ - count_ : base_ + page_;
+    std::copy(content.begin(), content.end(), data_);
+    return data_;
+  }
+
+  uint8_t *data() const { return data_; }
+  std::vector<uint8_t> content() const { return {data_, data_ + count_}; }
+
+ private:
+  void release() {
+    if (base_ != nullptr) munmap(base_, size_);
+  }
+
+  size_t page_, size_ = 0, count_ = 0;
+  uint8_t *base_ = nullptr, *data_ = nullptr;
+};
+
+// The planes as a model sees them: it reads and writes bytes by offset, and the
+// planes grow to what is touched. Nothing may lie before the first byte.
+class ModelPlane {
+ public:
+  uint8_t read(ptrdiff_t offset) { return at(offset); }
+  void write(ptrdiff_t offset, int32_t value) { at(offset) = static_cast<uint8_t>(value); }
+
+  std::vector<uint8_t> bytes;
+
+ private:
+  uint8_t &at(ptrdiff_t offset) {
+    if (offset < 0) throw std::out_of_range("the model went before its plane");
+    const auto index = static_cast<size_t>(offset);
+    if (index >= bytes.size()) bytes.resize(index + 1);
+    return bytes[index];
+  }
+};
+
+}  // namespace pivra::test
+
+#endif

@@ -1,0 +1,36 @@
+// Every instruction-set level that this machine can run, reached through the
+// static library, and the scalar code on its own.
+#ifndef PIVRA_TESTS_LEVELS_H
+#define PIVRA_TESTS_LEVELS_H
+
+#include <string>
+#include <vector>
+
+#include "core/levels.h"
+#include "csc/yuv_to_rgb.h"
+
+namespace pivra {
+
+namespace plain {
+extern const YuvToRgb yuv_to_rgb;
+}
+
+namespace test {
+
+struct LevelUnderTest {
+  std::string name;
+  const YuvToRgb &yuv_to_rgb;
+};
+
+inline std::vector<LevelUnderTest> levels_under_test() {
+  std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb}};
+  for (size_t i = 0; i < kLevels; ++i)
+    if (levels[i].supported() && levels[i].name != found[0].name)
+      found.push_back({levels[i].name, *yuv_to_rgb_tables[i]});
+  return found;
+}
+
+}  // namespace test
+}  // namespace pivra
+
+#endif

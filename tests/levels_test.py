@@ -1,0 +1,62 @@
+#!/usr/bin/env python3
+"""The objects of an instruction-set level keep to themselves and use its instructions.
+
+What an object defines for others lies in the level's namespace: a function that
+two levels both define is merged by the linker, and then runs where its
+instructions do not exist. And every kernel is the vector code it claims to be.
+"""
+import argparse
+import re
+
+from commands import run
+
+# Level: what each of its kernels contains, and what none of them may contain. The
+# former are the shift of the matrix, the saturating narrowing of the stores and, for
+# grey, the shuffles; compilers make no such set of kernels out of the scalar code,
+# even where they vectorise it.
+NEON = r"\b(ssra|sqxtun|sqshlu|vsra\.s16|vqmovun\.s16|vqshlu\.s16)\b"
+LEVELS = {
+    "sse2": (r"\b(psraw|packuswb)\b.*%xmm", r"%[yz]mm"),
+    "avx2": (r"\bv(psraw|packuswb|pshufb)\b.*%ymm", r"%zmm"),
+    "avx512": (r"\bv(psraw|packuswb|pshufb)\b.*%zmm", None),
+    "neon": (NEON, None),
+    "plain": (None, r"\bpsraw\b|%[yz]mm|" + NEON),
+}
+
+# Kernels are told from other functions by their signature.
+KERNEL = "(unsigned char**, int*, int*, int*, int*, unsigned char**)"
+
+
+def functions(disassembly):
+    """Yields name and instructions of every function that objdump prints."""
+    for block in disassembly.split("\n\n"):
+        if title := re.match(r"[0-9a-f]+ <(.*)>:\n", block):
+            yield title[1], block[title.end():]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--nm", required=True)
+    parser.add_argument("--objdump", required=True)
+    parser.add_argument("level", choices=LEVELS)
+    parser.add_argument("objects", nargs="+")
+    args = parser.parse_args()
+    wanted, unwanted = LEVELS[args.level]
+
+    kernels = 0
+    for path in args.objects:
+        for line in run(args.nm, "-C", "--defined-only", "--extern-only", path).splitlines():
+            name = line.split(maxsplit=2)[-1]
+            assert name.startswith(f"pivra::{args.level}::"), f"{path} defines {name}"
+        for name, code in functions(run(args.objdump, "-dC", "--no-show-raw-insn", path)):
+            found = re.search(unwanted, code) if unwanted else None
+            assert not found, f"{found[0]} in {name}"
+            if not name.endswith(KERNEL):
+                continue
+            kernels += 1
+            assert not wanted or re.search(wanted, code), f"no {args.level} code in {name}"
+    assert kernels, "no kernels in " + " ".join(args.objects)
+    print(f"{kernels} kernels")
+
+
+main()

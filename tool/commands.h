@@ -1,0 +1,24 @@
+// What the program does.
+#ifndef PIVRA_TOOL_COMMANDS_H
+#define PIVRA_TOOL_COMMANDS_H
+
+#include <string>
+
+namespace pivra::tool {
+
+// The command line of `pivra convert`; empty text is an option not given.
+struct ConvertOptions {
+  std::string input, output;
+  std::string from, size;  // of raw input; both empty for Y4M
+  std::string to;
+  std::string frames = ":";
+  std::string output_format;  // "raw" or "png"
+  bool stats = false;
+};
+
+void convert_clip(const ConvertOptions &options);
+void list_formats();
+
+}  // namespace pivra::tool
+
+#endif

@@ -1,0 +1,67 @@
+#include "writer.h"
+
+#include <fmt/core.h>
+
+#include <filesystem>
+#include <regex>
+
+#include "output.h"
+#include "png.h"
+
+namespace pivra::tool {
+
+namespace {
+
+class RawWriter : public FrameWriter {
+ public:
+  explicit RawWriter(const std::string &path) : file_(path) {}
+  void write(Picture &frame, std::uint64_t) override { file_.write(frame.bytes()); }
+  void finish() override { file_.commit(); }
+
+ private:
+  OutputFile file_;
+};
+
+class PngWriter : public FrameWriter {
+ public:
+  PngWriter(const std::string &path, bool several) : front_(path) {
+    static const std::regex number("%(0(\\d))?d");
+    std::smatch match;
+    if (std::regex_search(path, match, number)) {
+      digits_ = match[2].matched ? match.str(2)[0] - '0' : 1;
+      front_ = match.prefix();
+      back_ = match.suffix();
+    } else if (several && path != "-") {
+      digits_ = 4;
+      const std::filesystem::path name(path);
+      front_ = std::filesystem::path(name).replace_extension().string() + "-";
+      back_ = name.extension().string();
+    }
+  }
+
+  void write(Picture &frame, std::uint64_t index) override {
+    OutputFile file(digits_ ? fmt::format("{}{:0{}}{}", front_, index, digits_, back_) : front_);
+    file.write(encode_png(frame));
+    file.commit();
+  }
+
+  void finish() override {}
+
+ private:
+  std::string front_, back_;
+  int digits_ = 0;  // 0: the name has no number
+};
+
+}  // namespace
+
+FileKind kind_of(const std::string &path) {
+  static const std::regex png(".*\\.png", std::regex::icase);
+  return std::regex_match(path, png) ? FileKind::kPng : FileKind::kRaw;
+}
+
+std::unique_ptr<FrameWriter> make_writer(const std::string &path, FileKind kind, bool several) {
+  if (kind == FileKind::kPng) return std::make_unique<PngWriter>(path, several);
+  return std::make_unique<RawWriter>(path);
+}
+
+}  // namespace pivra::tool
