@@ -54,7 +54,7 @@ class GuardedPlane {
 
   // `content` placed against the page behind it (any alignment) or before it.
   uint8_t *place(const std::vector<uint8_t> &content, bool at_end) {
-    const size_t needed = (content.size() + page_ - 1) / page_ * page_ + 2 * page_;
+    const size_t needed = (content.size() / page_ + 3) * page_;
     if (needed > size_) {
       release();
       void *p = mmap(nullptr, needed, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -61,26 +61,26 @@ TEST(Formats, ConvertWhereTheLibraryDoes) {
 }
 
 TEST(Layout, RoundsOddSizesUp) {
-  constexpr int32_t kWidth = 321, kHeight = 241, kHalfWidth = 161, kHalfHeight = 121;
-  constexpr int32_t kLuma = kWidth * kHeight;
+  constexpr int32_t width = 321, height = 241, half_width = 161, half_height = 121;
+  constexpr int32_t luma = width * height;
   const std::pair<int32_t, int32_t> sizes[] = {
-      {PIVRA_FORMAT_YUV400, kLuma},
-      {PIVRA_FORMAT_YUV420, kLuma + 2 * kHalfWidth * kHalfHeight},
-      {PIVRA_FORMAT_YV12, kLuma + 2 * kHalfWidth * kHalfHeight},
-      {PIVRA_FORMAT_NV12, kLuma + 2 * kHalfWidth * kHalfHeight},
-      {PIVRA_FORMAT_NV21, kLuma + 2 * kHalfWidth * kHalfHeight},
-      {PIVRA_FORMAT_YUV422N, kLuma + 2 * kHalfWidth * kHeight},
-      {PIVRA_FORMAT_YV16, kLuma + 2 * kHalfWidth * kHeight},
-      {PIVRA_FORMAT_YUV422W, kLuma + 2 * kWidth * kHalfHeight},
-      {PIVRA_FORMAT_YUV444, 3 * kLuma},
-      {PIVRA_FORMAT_UYVY, 4 * kHalfWidth * kHeight},
-      {PIVRA_FORMAT_YUYV, 4 * kHalfWidth * kHeight},
-      {PIVRA_FORMAT_RGB565, 2 * kLuma},
-      {PIVRA_FORMAT_BGR888, 3 * kLuma},
-      {PIVRA_FORMAT_ARGB8888, 4 * kLuma},
+      {PIVRA_FORMAT_YUV400, luma},
+      {PIVRA_FORMAT_YUV420, luma + 2 * half_width * half_height},
+      {PIVRA_FORMAT_YV12, luma + 2 * half_width * half_height},
+      {PIVRA_FORMAT_NV12, luma + 2 * half_width * half_height},
+      {PIVRA_FORMAT_NV21, luma + 2 * half_width * half_height},
+      {PIVRA_FORMAT_YUV422N, luma + 2 * half_width * height},
+      {PIVRA_FORMAT_YV16, luma + 2 * half_width * height},
+      {PIVRA_FORMAT_YUV422W, luma + 2 * width * half_height},
+      {PIVRA_FORMAT_YUV444, 3 * luma},
+      {PIVRA_FORMAT_UYVY, 4 * half_width * height},
+      {PIVRA_FORMAT_YUYV, 4 * half_width * height},
+      {PIVRA_FORMAT_RGB565, 2 * luma},
+      {PIVRA_FORMAT_BGR888, 3 * luma},
+      {PIVRA_FORMAT_ARGB8888, 4 * luma},
   };
   for (const auto &[format, size] : sizes)
-    EXPECT_EQ(size_in_bytes(format, kWidth, kHeight), size_t(size)) << format;
+    EXPECT_EQ(size_in_bytes(format, width, height), size_t(size)) << format;
 }
 
 TEST(Layout, PutsAlignedPlanesOneBehindTheOther) {
@@ -114,7 +114,8 @@ TEST(Layout, RefusesWhatHasNone) {
             "the width 536870912 is too large for rgba8888");
   EXPECT_EQ(sentence(PIVRA_FORMAT_YUV400, INT32_MAX, 1, 2),
             "the width 2147483647 is too large for yuv400");
-  EXPECT_NE(sentence(PIVRA_FORMAT_YUV444, INT32_MAX, INT32_MAX), "accepted");
+  EXPECT_EQ(sentence(PIVRA_FORMAT_YUV444, INT32_MAX, INT32_MAX),
+            "the size 2147483647x2147483647 is too large for memory");
 }
 
 TEST(Check, TakesPaddingAndRefusesTheFirstFault) {
@@ -146,7 +147,7 @@ TEST(Convert, RefusesBeforeItWrites) {
   const auto sentence = [](int32_t from, int32_t width, int32_t height, int32_t to,
                            int32_t to_width) {
     Picture src(from, width, height), dst(to, to_width, height);
-    const std::string said = refusal([&] { convert(src.desc(), dst.desc()); });
+    std::string said = refusal([&] { convert(src.desc(), dst.desc()); });
     EXPECT_EQ(std::ranges::count(dst.bytes(), 0), std::ssize(dst.bytes()));
     return said;
   };
@@ -188,7 +189,7 @@ TEST(Convert, FollowsTheMatrixAtEverySize) {
       for (const int32_t width : {8, 9, 10, 11, 13, 15, 16, 17, 34, 36, 67, 141})
         for (const int32_t height : {8, 9, 10, 15}) {
           GuardedPicture src(from.code, width, height), dst(to.code, width, height);
-          const ImageDesc src_before = src.desc, dst_before = dst.desc;
+          const ImageDesc before = src.desc;
           convert(src.desc, dst.desc);
 
           const bool v_first = from.code == PIVRA_FORMAT_YV12;
@@ -208,8 +209,8 @@ TEST(Convert, FollowsTheMatrixAtEverySize) {
           ASSERT_EQ(dst.memory[0].content(), model.out.bytes)
               << from.name << " to " << to.name << ", " << width << "x" << height << ", strides "
               << stride[0] << " " << stride[1] << " " << stride[2] << " to " << dst.desc.stride[0];
-          ASSERT_EQ(std::memcmp(&src.desc, &src_before, sizeof src_before), 0);
-          ASSERT_EQ(std::memcmp(&dst.desc, &dst_before, sizeof dst_before), 0);
+          ASSERT_TRUE(std::ranges::equal(src.desc.plane, before.plane));
+          ASSERT_TRUE(std::ranges::equal(src.desc.stride, before.stride));
         }
     }
   }

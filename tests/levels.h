@@ -3,6 +3,7 @@
 #ifndef PIVRA_TESTS_LEVELS_H
 #define PIVRA_TESTS_LEVELS_H
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,10 @@ namespace test {
 struct LevelUnderTest {
   std::string name;
   const YuvToRgb &yuv_to_rgb;
+
+  friend std::ostream &operator<<(std::ostream &out, const LevelUnderTest &level) {
+    return out << level.name;
+  }
 };
 
 inline std::vector<LevelUnderTest> levels_under_test() {

@@ -23,7 +23,7 @@ def main():
     parser.add_argument("--cxx", default="c++")
     parser.add_argument("--cflags", default="", help="flags of every compilation and link")
     parser.add_argument("--readelf", default="readelf")
-    parser.add_argument("--emulator", default="", help="command that runs a program, ;-separated")
+    parser.add_argument("--emulator", default="", help="command that runs a program of the target")
     args = parser.parse_args()
 
     with tempfile.TemporaryDirectory() as temp:
@@ -43,7 +43,7 @@ def check(args, temp):
             "-fsyntax-only", "-x", language, "-", input=f"#include <{header}>\n")
 
     def runs(program):
-        emulator = [word for word in args.emulator.split(";") if word]
+        emulator = args.emulator.split()
         printed = run(*emulator, program, env={"LD_LIBRARY_PATH": str(library.parent)})
         assert printed == ORANGE, f"{program} prints {printed}"
 

@@ -47,14 +47,14 @@ struct ChromaTerms {
 };
 
 PIVRA_INLINE ChromaTerms chroma_terms(Narrow cb, Narrow cr) {
-  const I16 u = subtract(cb, 128), v = subtract(cr, 128), k = splat(128 - 298 * 16);
-  return {v,     multiply(v, 153) + k,                   //
-          -v,    multiply(v, 48) - multiply(u, 100) + k,  //
+  const I16 u = subtract<128>(cb), v = subtract<128>(cr), k = splat<128 - 298 * 16>();
+  return {v,     multiply<153>(v) + k,                   //
+          -v,    multiply<48>(v) - multiply<100>(u) + k,  //
           u + u, (u << 2) + k};
 }
 
-PIVRA_INLINE RgbLanes apply_matrix(Narrow luma, const ChromaTerms &c) {
-  const I16 y42 = multiply(luma, uint8_t{42});
+PIVRA_INLINE RgbLanes apply_matrix(Narrow luma, ChromaTerms c) {
+  const I16 y42 = multiply<42>(luma);
   return {add_high_byte(add(c.r_whole, luma), y42 + c.r_fraction),
           add_high_byte(add(c.g_whole, luma), y42 + c.g_fraction),
           add_high_byte(add(c.b_whole, luma), y42 + c.b_fraction)};

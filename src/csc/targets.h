@@ -39,7 +39,7 @@ struct Colours {
 
 template <bool kBlueFirst>
 PIVRA_INLINE Colours in_order(const RgbLanes &c) {
-  const Clamped r = clamp(c.r), g = clamp(c.g), b = clamp(c.b);
+  Clamped r = clamp(c.r), g = clamp(c.g), b = clamp(c.b);
   return {kBlueFirst ? b : r, g, kBlueFirst ? r : b};
 }
 #endif
@@ -71,8 +71,8 @@ struct Rgb32 {
 #if PIVRA_VECTORS
   static PIVRA_INLINE Colours half(const RgbLanes &c) { return in_order<kBlueFirst>(c); }
   static PIVRA_INLINE uint8_t *store(uint8_t *p, const Colours &even, const Colours &odd) {
-    const Bytes first = join(even.first, odd.first), middle = join(even.middle, odd.middle);
-    const Bytes last = join(even.last, odd.last), alpha = splat_bytes(255);
+    Bytes first = join(even.first, odd.first), middle = join(even.middle, odd.middle);
+    Bytes last = join(even.last, odd.last), alpha = splat_bytes(255);
     if constexpr (kAlphaFirst) return store_interleaved4(p, alpha, first, middle, last);
     return store_interleaved4(p, first, middle, last, alpha);
   }

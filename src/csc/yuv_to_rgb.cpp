@@ -8,54 +8,68 @@
 namespace pivra::PIVRA_LEVEL {
 namespace {
 
+template <int kRows>
+struct TargetRows {
+  uint8_t *row[kRows];
+};
+
+// Written out for one row or two, so that the row pointers stay in registers.
+template <int kRows, class Action>
+PIVRA_INLINE void for_each_row(Action action) {
+  action(0);
+  if constexpr (kRows == 2) action(1);
+}
+
+template <class Source, class Target, int kRows>
+PIVRA_INLINE void advance(SourceRows<kRows> &in, TargetRows<kRows> &out, int32_t pixels) {
+  advance<Source>(in, pixels);
+  for_each_row<kRows>([&](int row) { out.row[row] += pixels * Target::kBytes; });
+}
+
 #if PIVRA_VECTORS
+
+template <class Target, class Block>
+PIVRA_INLINE uint8_t *convert_block(Block block, Pair<Narrow> luma, uint8_t *out) {
+  auto even = Target::half(block.even(luma.even));
+  auto odd = Target::half(block.odd(luma.odd));
+  return Target::store(out, even, odd);
+}
 
 // The rows' pixels in blocks, to the last whole pair. The last block overlaps
 // the one before it where the row is no multiple of a block. Leaves the
 // pointers behind the pixels done and returns how many those are.
 template <class Source, class Target, int kRows>
-PIVRA_INLINE int32_t convert_blocks(SourceRows<kRows> &rows, uint8_t *(&targets)[kRows],
+PIVRA_INLINE int32_t convert_blocks(SourceRows<kRows> &in, TargetRows<kRows> &out,
                                     int32_t columns) {
   const int32_t pairs = columns & ~1;
   if (pairs < kBlock) return 0;
-  SourceRows<kRows> in = rows;  // copies that stay in registers
-  uint8_t *out[kRows];
-  for (int row = 0; row < kRows; ++row) out[row] = targets[row];
-
   int32_t blocks = pairs / kBlock, rest = pairs % kBlock;
   for (;;) {
     do {
-      const auto block = Source::block(in);
-#pragma GCC unroll 2
-      for (int row = 0; row < kRows; ++row) {
-        const Pair<Narrow> luma = block.luma(in, row);
-        const auto even = Target::half(block.even(luma.even));
-        const auto odd = Target::half(block.odd(luma.odd));
-        out[row] = Target::store(out[row], even, odd);
-      }
+      auto block = Source::block(in);
+      out.row[0] = convert_block<Target>(block, block.luma(in, 0), out.row[0]);
+      if constexpr (kRows == 2)
+        out.row[1] = convert_block<Target>(block, block.luma(in, 1), out.row[1]);
       advance<Source>(in, kBlock);
     } while (--blocks > 0);
-    if (rest == 0) break;
-    advance<Source>(in, rest - kBlock);
-    for (uint8_t *&p : out) p += (rest - kBlock) * Target::kBytes;
+    if (rest == 0) return pairs;
+    advance<Source, Target>(in, out, rest - kBlock);
     blocks = 1;
     rest = 0;
   }
-  rows = in;
-  for (int row = 0; row < kRows; ++row) targets[row] = out[row];
-  return pairs;
 }
 
 #endif
 
 template <class Source, class Target, int kRows>
-PIVRA_INLINE void convert_rows(SourceRows<kRows> in, uint8_t *(&out)[kRows], int32_t columns) {
+PIVRA_INLINE void convert_rows(SourceRows<kRows> in, TargetRows<kRows> out, int32_t columns) {
 #if PIVRA_VECTORS
   columns -= convert_blocks<Source, Target>(in, out, columns);
 #endif
-  for (int row = 0; row < kRows; ++row)
+  for_each_row<kRows>([&](int row) {
     for (ptrdiff_t x = 0; x < columns; ++x)
-      Target::pixel(out[row] + x * Target::kBytes, Source::pixel(in, row, x));
+      Target::pixel(out.row[row] + x * Target::kBytes, Source::pixel(in, row, x));
+  });
 }
 
 // Rows that share chroma are converted together. A lone row (the first of an
@@ -67,7 +81,7 @@ void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride
              int32_t *dst_stride, uint8_t **dst) {
   constexpr int kRows = Source::kRowsPerChroma;
   if (width[0] <= 0 || height[0] <= 0) return;
-  const Plan plan = plan_walk(kWalk, width, height, src_stride, dst_stride);
+  Plan plan = plan_walk(kWalk, width, height, src_stride, dst_stride);
   const ptrdiff_t row_bytes = ptrdiff_t{plan.columns} * Target::kBytes;
   const bool rows_overlap = plan.dst_stride < row_bytes && -plan.dst_stride < row_bytes;
 
@@ -75,12 +89,12 @@ void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride
     const bool lone =
         kRows == 1 || rows_overlap || ((y + plan.chroma_phase) & 1) || y + 1 == height[0];
     SourceRows<kRows> in;
-    uint8_t *out[kRows];
-    for (int row = 0; row < kRows; ++row) {
+    TargetRows<kRows> out;
+    for_each_row<kRows>([&](int row) {
       const ptrdiff_t line = y + (lone ? 0 : row);
       in.luma[row] = src[0] + line * plan.luma_stride;
-      out[row] = dst[0] + line * plan.dst_stride;
-    }
+      out.row[row] = dst[0] + line * plan.dst_stride;
+    });
     const ptrdiff_t chroma_line = kRows == 1 ? y : (y + plan.chroma_phase) >> 1;
     for (int plane = 0; plane < 2; ++plane)
       in.chroma[plane] = Source::kChromaPlanes > plane

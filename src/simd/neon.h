@@ -22,28 +22,36 @@ struct Bytes {
 };
 
 PIVRA_INLINE Pair<Narrow> load_pairs(const uint8_t *p) {
-  const uint8x8x2_t v = vld2_u8(p);
+  uint8x8x2_t v = vld2_u8(p);
   return {v.val[0], v.val[1]};
 }
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return vld1_u8(p); }
 PIVRA_INLINE void load_interleaved2(const uint8_t *p, Narrow (&v)[2]) {
-  const uint8x8x2_t t = vld2_u8(p);
+  uint8x8x2_t t = vld2_u8(p);
   for (int i = 0; i < 2; ++i) v[i] = t.val[i];
 }
 PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
-  const uint8x8x4_t t = vld4_u8(p);
+  uint8x8x4_t t = vld4_u8(p);
   for (int i = 0; i < 4; ++i) v[i] = t.val[i];
 }
 
-PIVRA_INLINE I16 splat(int16_t k) { return vdupq_n_s16(k); }
+template <int16_t k>
+PIVRA_INLINE I16 splat() {
+  return vdupq_n_s16(k);
+}
 PIVRA_INLINE I16 widen(Narrow n) { return vreinterpretq_s16_u16(vmovl_u8(n)); }
-PIVRA_INLINE I16 subtract(Narrow n, uint8_t k) {
+template <uint8_t k>
+PIVRA_INLINE I16 subtract(Narrow n) {
   return vreinterpretq_s16_u16(vsubl_u8(n, vdup_n_u8(k)));
 }
-PIVRA_INLINE I16 multiply(Narrow n, uint8_t k) {
+template <uint8_t k>
+PIVRA_INLINE I16 multiply(Narrow n) {
   return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k)));
 }
-PIVRA_INLINE I16 multiply(I16 i, int16_t k) { return vmulq_s16(i, vdupq_n_s16(k)); }
+template <int16_t k>
+PIVRA_INLINE I16 multiply(I16 i) {
+  return vmulq_s16(i, splat<k>());
+}
 PIVRA_INLINE I16 add(I16 i, Narrow n) {
   return vreinterpretq_s16_u16(vaddw_u8(vreinterpretq_u16_s16(i), n));
 }
@@ -60,7 +68,7 @@ PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
 }
 #else
 PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
-  const uint8x8x2_t v = vzip_u8(even, odd);
+  uint8x8x2_t v = vzip_u8(even, odd);
   return {v.val[0], v.val[1]};
 }
 #endif
@@ -73,31 +81,40 @@ PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
   const uint16x8_t ab = vsriq_n_u16(vqshluq_n_s16(a, 8), vqshluq_n_s16(b, 8), 5);
   return vsriq_n_u16(ab, vqshluq_n_s16(c, 8), 11);
 }
-PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
-  vst2q_u16(reinterpret_cast<uint16_t *>(p), uint16x8x2_t{{even, odd}});
-  return p + 2 * kBlock;
-}
-
 #if defined(__arm__) && !defined(__clang__)
 
-// GCC puts the register lists of VST3 and VST4 together in memory on 32-bit ARM.
+// GCC puts the register lists of VST2 to VST4 together by moves on 32-bit ARM,
+// those of VST3 and VST4 even in memory.
 // Naming the registers spares it that.
-#define PIVRA_IN_REGISTER(name, value) register uint8x8_t name asm(#name) = value
+#define PIVRA_IN_REGISTER(name, value) register auto name asm(#name) = value
 
+template <int bytes>
+struct Stored {
+  uint8_t byte[bytes];
+};
+
+PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
+  uint8_t *end = p;
+  PIVRA_IN_REGISTER(q0, even);
+  PIVRA_IN_REGISTER(q1, odd);
+  asm("vst2.16 {d0-d3}, [%[end]]!" : [end] "+r"(end), "=m"(*(Stored<32> *)p) : "w"(q0), "w"(q1));
+  return end;
+}
 PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+  uint8_t *end = p;
   PIVRA_IN_REGISTER(d0, a.low);
   PIVRA_IN_REGISTER(d1, b.low);
   PIVRA_IN_REGISTER(d2, c.low);
   PIVRA_IN_REGISTER(d4, a.high);
   PIVRA_IN_REGISTER(d5, b.high);
   PIVRA_IN_REGISTER(d6, c.high);
-  asm volatile("vst3.8 {d0-d2}, [%[p]]!\n\tvst3.8 {d4-d6}, [%[p]]!"
-               : [p] "+r"(p)
-               : "w"(d0), "w"(d1), "w"(d2), "w"(d4), "w"(d5), "w"(d6)
-               : "memory");
-  return p;
+  asm("vst3.8 {d0-d2}, [%[end]]!\n\tvst3.8 {d4-d6}, [%[end]]!"
+      : [end] "+r"(end), "=m"(*(Stored<48> *)p)
+      : "w"(d0), "w"(d1), "w"(d2), "w"(d4), "w"(d5), "w"(d6));
+  return end;
 }
 PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
+  uint8_t *end = p;
   PIVRA_IN_REGISTER(d0, a.low);
   PIVRA_IN_REGISTER(d1, b.low);
   PIVRA_IN_REGISTER(d2, c.low);
@@ -106,16 +123,19 @@ PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, 
   PIVRA_IN_REGISTER(d5, b.high);
   PIVRA_IN_REGISTER(d6, c.high);
   PIVRA_IN_REGISTER(d7, d.high);
-  asm volatile("vst4.8 {d0-d3}, [%[p]]!\n\tvst4.8 {d4-d7}, [%[p]]!"
-               : [p] "+r"(p)
-               : "w"(d0), "w"(d1), "w"(d2), "w"(d3), "w"(d4), "w"(d5), "w"(d6), "w"(d7)
-               : "memory");
-  return p;
+  asm("vst4.8 {d0-d3}, [%[end]]!\n\tvst4.8 {d4-d7}, [%[end]]!"
+      : [end] "+r"(end), "=m"(*(Stored<64> *)p)
+      : "w"(d0), "w"(d1), "w"(d2), "w"(d3), "w"(d4), "w"(d5), "w"(d6), "w"(d7));
+  return end;
 }
 #undef PIVRA_IN_REGISTER
 
 #else
 
+PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
+  vst2q_u16(reinterpret_cast<uint16_t *>(p), uint16x8x2_t{{even, odd}});
+  return p + 2 * kBlock;
+}
 PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
   vst3_u8(p, uint8x8x3_t{{a.low, b.low, c.low}});
   vst3_u8(p + 24, uint8x8x3_t{{a.high, b.high, c.high}});

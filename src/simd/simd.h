@@ -17,9 +17,9 @@
 //   load_narrow(p)            kBlock / 2 bytes
 //   load_interleaved2(p, v)   kBlock / 2 groups of 2 bytes, taken apart
 //   load_interleaved4(p, v)   kBlock / 2 groups of 4 bytes, taken apart
-//   splat(k), widen(n)        a constant in every lane; bytes as 16-bit lanes
-//   subtract(n, k)            n - k
-//   multiply(n, k), multiply(i, k)
+//   splat<k>(), widen(n)      a constant in every lane; bytes as 16-bit lanes
+//   subtract<k>(n)            n - k
+//   multiply<k>(n or i)       the low 16 bits of the product
 //   add(i, n)                 i + n
 //   add_high_byte(i, j)       i + (j >> 8)
 //   clamp(i)                  16-bit lanes clamped to bytes (Clamped, on some levels later)

@@ -30,7 +30,10 @@ struct Pair {
   T even, odd;
 };
 
-PIVRA_INLINE I16 splat(int16_t k) { return I16{} + k; }
+template <int16_t k>
+PIVRA_INLINE I16 splat() {
+  return I16{} + k;
+}
 PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return U8{} + k; }
 PIVRA_INLINE I16 low_bytes(U8 v) { return (I16)v & 0xFF; }
 PIVRA_INLINE I16 high_bytes(U8 v) { return (I16)((U16)v >> 8); }
@@ -60,8 +63,14 @@ PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
 }
 
 PIVRA_INLINE I16 widen(Narrow n) { return n; }
-PIVRA_INLINE I16 subtract(Narrow n, uint8_t k) { return n - k; }
-PIVRA_INLINE I16 multiply(I16 i, int16_t k) { return i * k; }
+template <uint8_t k>
+PIVRA_INLINE I16 subtract(Narrow n) {
+  return n - k;
+}
+template <int16_t k>
+PIVRA_INLINE I16 multiply(I16 i) {
+  return i * k;
+}
 PIVRA_INLINE I16 add(I16 i, Narrow n) { return i + n; }
 PIVRA_INLINE I16 add_high_byte(I16 i, I16 j) { return i + (j >> 8); }
 
