@@ -40,7 +40,7 @@ void race_levels(benchmark::State &state, const TableEntry &entry, int width, in
 
 int main(int argc, char **argv) {
   std::vector<std::string> others;
-  for (const std::size_t level : supported_levels()) others.push_back(pivra::levels[level].name);
+  for (const std::size_t level : supported_levels()) others.emplace_back(pivra::levels[level].name);
   others.erase(others.begin());
   RaceReporter reporter(others, {{"all conversions", [](std::string_view) { return true; }}});
   return run_races(argc, argv, std::move(reporter), [](int width, int height) {

@@ -38,7 +38,7 @@ std::string ratio_column(std::string_view contender) {
 void race(benchmark::State &state, double pixels, std::span<const Contender> contenders) {
   std::vector<double> first;
   std::vector<std::vector<double>> ratios(contenders.size());
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     double round = 0;
     for (std::size_t i = 0; i < contenders.size(); ++i) {
       const double time = seconds(contenders[i]);

@@ -228,6 +228,9 @@ class Png(ToolTest):
             for name, index in names.items():
                 self.assertEqual(decode_png(self.read(f"out/{name}"))[2], self.rgb[index])
                 os.remove(f"out/{name}")
+        png = ["--output-format", "png", "--frames"]
+        self.assertEqual(self.convert("clip.y4m", "-", *png, "1:3"), b"".join(
+            self.convert("clip.y4m", "-", *png, frame) for frame in "12"))
 
 
 class Failures(ToolTest):
@@ -298,7 +301,11 @@ class Failures(ToolTest):
         self.write("secret.y4m", y4m(self.frames))
         os.chmod("secret.y4m", 0)
         os.chmod("out", 0o555)
-        nobody = {"user": 65534} if os.geteuid() == 0 else {}
+        nobody = {"user": 65534} if os.geteuid() == 0 else {}  # root may do everything
+        try:
+            self.run_tool("--version", **nobody)
+        except (OSError, AssertionError):
+            self.skipTest("the build directory is closed to other users")
         self.assert_fails("cannot open secret.y4m: Permission denied",
                           "convert", "secret.y4m", "-", **nobody)
         self.assert_fails("cannot write out/a: Permission denied",

@@ -32,9 +32,8 @@ FileKind output_kind(const ConvertOptions &options) {
 
 // The format to write: asked for or, by default, RGB.
 const FormatInfo &target_format(const ConvertOptions &options, const FormatInfo &source) {
-  const FormatInfo &target = !options.to.empty() ? parse_format(options.to)
-                             : source.rgb()      ? source
-                                                 : *find_format(PIVRA_FORMAT_RGB888);
+  const std::string fallback(source.rgb() ? source.name : "rgb888");
+  const FormatInfo &target = parse_format(options.to.empty() ? fallback : options.to);
   if (target.code != source.code && !converts(source.code, target.code)) {
     fail("{} does not convert to {}; 'pivra formats' lists what does", source.name, target.name);
   }
@@ -44,11 +43,53 @@ const FormatInfo &target_format(const ConvertOptions &options, const FormatInfo 
   return target;
 }
 
-void print_stats(std::uint64_t frames, const FrameShape &shape, Seconds spent) {
-  const double pixels = double(frames) * shape.width * shape.height;
+std::optional<std::uint64_t> count_selected(const Clip &clip, const FrameRange &range) {
+  if (!clip.frames()) return {};
+  const std::uint64_t end = std::min(*clip.frames(), range.end);
+  return end > range.first ? end - range.first : 0;
+}
+
+struct Stats {
+  std::uint64_t frames = 0;
+  Seconds in_library{0};
+};
+
+// Frames that have the target's format already are passed on as they are.
+Stats convert_frames(Clip &clip, const FormatInfo &target, const FrameRange &range,
+                     const ConvertOptions &options) {
+  const auto [format, width, height] = clip.shape();
+  Picture source(format, width, height), converted(target.code, width, height);
+  Picture &result = target.code == format ? source : converted;
+
+  std::uint64_t index = 0;
+  for (; index < range.first && !clip.at_end(); ++index) clip.read(source);
+  const auto more = [&] { return index < range.end && !clip.at_end(); };
+  if (!more()) fail("{} has {} frames, none of them selected", clip.name(), index);
+
+  Stats stats;
+  Progress progress(count_selected(clip, range));
+  std::unique_ptr<FrameWriter> writer;
+  while (more()) {
+    clip.read(source);
+    const std::uint64_t number = index++;
+    if (&result == &converted) {
+      const auto start = std::chrono::steady_clock::now();
+      convert(source.desc(), converted.desc());
+      stats.in_library += std::chrono::steady_clock::now() - start;
+    }
+    if (!writer) writer = make_writer(options.output, output_kind(options), more());
+    writer->write(result, number);
+    progress.show(++stats.frames);
+  }
+  writer->finish();
+  return stats;
+}
+
+void print_stats(const Stats &stats, const FrameShape &shape) {
+  const double frames = double(stats.frames), seconds = stats.in_library.count();
   fmt::print(stderr, "{} frames of {}x{}: {:.3f} ms per frame, {:.1f} Mpixel/s in the library\n",
-             frames, shape.width, shape.height, 1e3 * spent.count() / double(frames),
-             1e-6 * pixels / spent.count());
+             stats.frames, shape.width, shape.height, 1e3 * seconds / frames,
+             1e-6 * frames * shape.width * shape.height / seconds);
 }
 
 }  // namespace
@@ -56,37 +97,13 @@ void print_stats(std::uint64_t frames, const FrameShape &shape, Seconds spent) {
 void convert_clip(const ConvertOptions &options) {
   const FrameRange range = parse_frames(options.frames);
   Clip clip(options.input, raw_shape(options));
-  const FrameShape shape = clip.shape();
-  const FormatInfo &target = target_format(options, *find_format(shape.format));
-  const bool converting = target.code != shape.format;
-  if (options.stats && !converting) fail("--stats has nothing to measure without a conversion");
-
-  Picture source(shape.format, shape.width, shape.height);
-  std::uint64_t index = 0;
-  for (; index < range.first && !clip.at_end(); ++index) clip.read(source);
-  if (clip.at_end()) fail("{} has {} frames, none of them selected", clip.name(), index);
-  const auto more = [&] { return index < range.end && !clip.at_end(); };
-
-  std::optional<std::uint64_t> total = clip.frames();
-  if (total) total = std::min(*total, range.end) - range.first;
-  Progress progress(total);
-  std::unique_ptr<FrameWriter> writer;
-  Picture result(target.code, shape.width, shape.height);
-  Seconds spent(0);
-  do {
-    clip.read(source);
-    const std::uint64_t number = index++;
-    if (converting) {
-      const auto start = std::chrono::steady_clock::now();
-      convert(source.desc(), result.desc());
-      spent += std::chrono::steady_clock::now() - start;
-    }
-    if (!writer) writer = make_writer(options.output, output_kind(options), more());
-    writer->write(converting ? result : source, number);
-    progress.show(index - range.first);
-  } while (more());
-  writer->finish();
-  if (options.stats) print_stats(index - range.first, shape, spent);
+  const FormatInfo &source = *find_format(clip.shape().format);
+  const FormatInfo &target = target_format(options, source);
+  if (options.stats && source.code == target.code) {
+    fail("--stats has nothing to measure without a conversion");
+  }
+  const Stats stats = convert_frames(clip, target, range, options);
+  if (options.stats) print_stats(stats, clip.shape());
 }
 
 }  // namespace pivra::tool

@@ -37,15 +37,19 @@ std::string or_dash(std::string_view name) {
   return std::string(name.empty() ? "-" : name);
 }
 
+void print_row(std::string_view code, std::string_view name, std::string_view planes,
+               std::string_view ffmpeg, std::string_view gstreamer, std::string_view targets) {
+  fmt::print("{:>4}  {:<9}  {:<23}  {:<9}  {:<9}  {}\n", code, name, planes, ffmpeg, gstreamer,
+             targets);
+}
+
 }  // namespace
 
 void list_formats() {
-  constexpr const char *kLine = "{:>4}  {:<9}  {:<23}  {:<9}  {:<9}  {}\n";
-  fmt::print(fmt::runtime(kLine), "code", "name", "bytes, plane by plane", "FFmpeg", "GStreamer",
-             "converts to");
+  print_row("code", "name", "bytes, plane by plane", "FFmpeg", "GStreamer", "converts to");
   for (const FormatInfo &info : formats()) {
-    fmt::print(fmt::runtime(kLine), info.code, info.name, planes_text(info), or_dash(info.ffmpeg),
-               or_dash(info.gstreamer), targets_text(info));
+    print_row(std::to_string(info.code), info.name, planes_text(info), or_dash(info.ffmpeg),
+              or_dash(info.gstreamer), targets_text(info));
   }
   fmt::print("\nHalves are rounded up.\n");
 }

@@ -14,34 +14,34 @@ namespace {
 
 void add_convert(CLI::App &app, ConvertOptions &options) {
   CLI::App *command = app.add_subcommand("convert", "Convert the frames of a clip");
-  command
-      ->add_option("input", options.input,
-                   "Y4M file, or raw frames with --from and --size; - is standard input")
+  const auto add = [&](const char *name, std::string &value, const char *type, const char *help) {
+    return command->add_option(name, value, help)->type_name(type);
+  };
+  add("input", options.input, "FILE", "Y4M, or raw frames with -f and -s; - is standard input")
       ->required();
-  command->add_option("output", options.output, "File to write; - is standard output")->required();
-  command->add_option("-f,--from", options.from, "Format of raw input");
-  command->add_option("-s,--size", options.size, "Size of raw input in pixels, as 1280x720");
-  command->add_option("-t,--to", options.to,
-                      "Format to convert to (default: rgb888; RGB input stays as it is)");
-  command->add_option("--frames", options.frames,
-                      "Frames A:B from 0, without B; A: to the end, :B from the start, A for one");
-  command
-      ->add_option("--output-format", options.output_format, "raw or png (default: by the suffix)")
+  add("output", options.output, "FILE", "Raw frames or PNG; - is standard output")->required();
+  add("-f,--from", options.from, "FORMAT", "Format of raw input");
+  add("-s,--size", options.size, "WxH", "Size of raw input in pixels");
+  add("-t,--to", options.to, "FORMAT",
+      "Format to convert to (default: rgb888, or the input's if that is RGB)");
+  add("--frames", options.frames, "A:B",
+      "Frames A to B - 1, counted from 0; also A: to the end, :B, or A alone");
+  add("--output-format", options.output_format, "KIND", "By default png for *.png, else raw")
       ->check(CLI::IsMember({"raw", "png"}));
   command->add_flag("--stats", options.stats, "Print the time spent in the library");
   command->footer(
-      "Raw output holds the frames one behind the other. Several frames to frame.png\n"
-      "become frame-0000.png, frame-0001.png, ... by their numbers in the clip; %d or\n"
-      "%04d in the name puts the number elsewhere. Format names are those of\n"
-      "'pivra formats', with FFmpeg's and GStreamer's.\n\n"
+      "Formats go by the names that 'pivra formats' lists. Raw frames lie one behind the\n"
+      "other, their planes too, without padding. Several frames to frame.png become\n"
+      "frame-0000.png, frame-0001.png, ... by their numbers in the clip; %d or %04d in\n"
+      "the name puts the number there.\n\n"
       "  pivra convert clip.y4m frame.png --to rgb565 --frames 100\n"
-      "  ffmpeg -i clip.mp4 -f rawvideo -pix_fmt nv12 - | \\\n"
-      "    pivra convert - clip.rgb -f nv12 -s 1280x720 --to bgra8888");
+      "  ffmpeg -i clip.mp4 -f rawvideo -pix_fmt nv12 - |\n"
+      "    pivra convert - clip.bgra -f nv12 -s 1280x720 --to bgra8888");
   command->callback([&options] { convert_clip(options); });
 }
 
 int run(int argc, char **argv) {
-  CLI::App app("Bit-exact pixel format conversion of video frames.");
+  CLI::App app("Bit-exact pixel format conversion of video frames.", "pivra");
   app.set_version_flag("--version", "pivra " PIVRA_VERSION);
   app.require_subcommand(1);
   ConvertOptions options;

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <climits>
 #include <csignal>
 #include <cstring>
@@ -43,7 +44,9 @@ int open_beside(const std::string &target, mode_t mode) {
     errno = ENAMETOOLONG;
     return -1;
   }
-  std::memcpy(unfinished, pattern.c_str(), pattern.size() + 1);
+  std::memcpy(unfinished + 1, pattern.c_str() + 1, pattern.size());
+  std::atomic_signal_fence(std::memory_order_release);  // never half a name
+  unfinished[0] = pattern[0];
   const int descriptor = mkstemp(unfinished);
   if (descriptor < 0)
     unfinished[0] = '\0';
@@ -54,10 +57,9 @@ int open_beside(const std::string &target, mode_t mode) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string &path)
-    : name_(path == "-" ? "standard output" : path), descriptor_(STDOUT_FILENO) {
+OutputFile::OutputFile(const std::string &path) : name_(path == "-" ? "standard output" : path) {
   if (path == "-") {
-    if (isatty(STDOUT_FILENO)) fail("pictures are not written to a terminal");
+    if (isatty(descriptor_)) fail("pictures are not written to a terminal");
     return;
   }
   struct stat old;
@@ -88,6 +90,7 @@ void OutputFile::write(std::span<const std::uint8_t> bytes) {
 }
 
 void OutputFile::commit() {
+  if (descriptor_ == STDOUT_FILENO) return;
   const int descriptor = std::exchange(descriptor_, -1);
   if (close(descriptor) != 0) fail_to("write", name_);
   if (target_.empty()) return;

@@ -24,7 +24,7 @@ class OutputFile {
 
  private:
   std::string name_, target_;
-  int descriptor_;
+  int descriptor_ = 1;  // standard output
 };
 
 // From now on a signal that ends the program removes the unfinished file first.

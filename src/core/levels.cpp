@@ -14,6 +14,11 @@ bool avx2_supported() {
   __builtin_cpu_init();
   return __builtin_cpu_supports("avx2") != 0;
 }
+bool avx512_supported() {
+  __builtin_cpu_init();
+  return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+         __builtin_cpu_supports("avx512vbmi") != 0;
+}
 #endif
 
 // Runs before main and before the constructors of whoever uses the library.

@@ -5,17 +5,18 @@
 //   G = (y - 100 u - 208 v) >> 8
 //   B = (y + 516 u        ) >> 8      each then clamped to 0..255
 //
-// The sums need 19 bits, yet 16-bit lanes are enough: a multiple of 256 passes
-// through the shift unchanged, so each channel splits into a whole part and a
-// fraction that both fit. With 298 = 256 + 42, 409 = 256 + 153, -208 = -256 + 48
-// and 516 = 512 + 4:
+// The sums need 19 bits, yet 16-bit lanes are enough. All terms but 409 v are
+// even, so that halving before the shift loses nothing. Then 255 lies at the top
+// of the range, and a sum that saturates there is one that the clamp cuts off:
 //
-//   R = Y +  v + ((42 Y + 153 v         + k) >> 8)
-//   G = Y -  v + ((42 Y - 100 u + 48 v  + k) >> 8)     k = 128 - 298 x 16
-//   B = Y + 2u + ((42 Y +   4 u         + k) >> 8)
+//   R = (149 Y - 2320 + (409 v >> 1)) >> 7
+//   G = (149 Y - 2320 - 50 u - 104 v) >> 7
+//   B = (149 Y - 2320 + 129 u + 129 u) >> 7
 //
-// Everything that does not hold Y is worked out once for the pixels that share
-// a chroma sample.
+// 258 u would not fit; as two terms the sum may saturate on the way, but then the
+// second term has the sign of the first. A shift k from luma to chroma makes each
+// term fit. The chroma terms are worked out once for the pixels that share a
+// chroma sample.
 #ifndef PIVRA_CSC_MATRIX_H
 #define PIVRA_CSC_MATRIX_H
 
@@ -37,27 +38,30 @@ PIVRA_INLINE Rgb apply_matrix(int32_t luma, int32_t cb, int32_t cr) {
 
 #if PIVRA_VECTORS
 
-// Half a block, before the clamp.
+// Half a block: 128 times each channel before the clamp, saturated.
 struct RgbLanes {
   I16 r, g, b;
 };
 
 struct ChromaTerms {
-  I16 r_whole, r_fraction, g_whole, g_fraction, b_whole, b_fraction;
+  I16 r, g, half_b;
 };
 
+// Luma is between -5376 and 32619, the chroma terms between -23120 and 29027.
+constexpr int16_t kShift = 3056;
+constexpr uint8_t kLumaScale = 149;
+constexpr int16_t kLumaOffset = 2320 + kShift;
+
 PIVRA_INLINE ChromaTerms chroma_terms(Narrow cb, Narrow cr) {
-  const I16 u = subtract<128>(cb), v = subtract<128>(cr), k = splat<128 - 298 * 16>();
-  return {v,     multiply<153>(v) + k,                   //
-          -v,    multiply<48>(v) - multiply<100>(u) + k,  //
-          u + u, (u << 2) + k};
+  const I16 u = subtract<128>(cb), v = subtract<128>(cr);
+  return {add_halved(splat<kShift>() + multiply<204>(v), v),
+          splat<kShift>() - multiply<50>(u) - multiply<104>(v),
+          splat<kShift / 2>() + multiply<129>(u)};
 }
 
-PIVRA_INLINE RgbLanes apply_matrix(Narrow luma, ChromaTerms c) {
-  const I16 y42 = multiply<42>(luma);
-  return {add_high_byte(add(c.r_whole, luma), y42 + c.r_fraction),
-          add_high_byte(add(c.g_whole, luma), y42 + c.g_fraction),
-          add_high_byte(add(c.b_whole, luma), y42 + c.b_fraction)};
+PIVRA_INLINE RgbLanes apply_matrix(I16 luma, ChromaTerms c) {
+  return {add_saturated(luma, c.r), add_saturated(luma, c.g),
+          add_saturated(add_saturated(luma, c.half_b), c.half_b)};
 }
 
 #endif

@@ -29,45 +29,45 @@ PIVRA_INLINE void advance(SourceRows<Source::kRowsPerChroma> &rows, int32_t pixe
 #if PIVRA_VECTORS
 
 // Luma in rows of its own.
+template <uint8_t kScale, int16_t kOffset>
 struct LumaRows {
   template <int kRows>
-  PIVRA_INLINE Pair<Narrow> luma(const SourceRows<kRows> &rows, int row) const {
-    return load_pairs(rows.luma[row]);
+  PIVRA_INLINE Pair<I16> luma(const SourceRows<kRows> &rows, int row) const {
+    return scale<kScale, kOffset>(load_samples(rows.luma[row]));
   }
 };
 
 // A chroma sample for an even and an odd pixel.
-struct HalfChromaBlock : LumaRows {
+struct HalfChromaBlock : LumaRows<kLumaScale, kLumaOffset> {
   ChromaTerms terms;
   PIVRA_INLINE HalfChromaBlock(Narrow cb, Narrow cr) : terms(chroma_terms(cb, cr)) {}
-  PIVRA_INLINE RgbLanes even(Narrow y) const { return apply_matrix(y, terms); }
-  PIVRA_INLINE RgbLanes odd(Narrow y) const { return apply_matrix(y, terms); }
+  PIVRA_INLINE RgbLanes even(I16 y) const { return apply_matrix(y, terms); }
+  PIVRA_INLINE RgbLanes odd(I16 y) const { return apply_matrix(y, terms); }
 };
 
 // A chroma sample for every pixel.
-struct FullChromaBlock : LumaRows {
+struct FullChromaBlock : LumaRows<kLumaScale, kLumaOffset> {
   Pair<Narrow> cb, cr;
-  PIVRA_INLINE FullChromaBlock(Pair<Narrow> u, Pair<Narrow> v) : cb(u), cr(v) {}
-  PIVRA_INLINE RgbLanes even(Narrow y) const {
+  PIVRA_INLINE FullChromaBlock(Samples u, Samples v) : cb(split(u)), cr(split(v)) {}
+  PIVRA_INLINE RgbLanes even(I16 y) const {
     return apply_matrix(y, chroma_terms(cb.even, cr.even));
   }
-  PIVRA_INLINE RgbLanes odd(Narrow y) const {
-    return apply_matrix(y, chroma_terms(cb.odd, cr.odd));
-  }
+  PIVRA_INLINE RgbLanes odd(I16 y) const { return apply_matrix(y, chroma_terms(cb.odd, cr.odd)); }
 };
 
 // Luma and chroma read at once.
 struct PackedBlock : HalfChromaBlock {
-  Pair<Narrow> y;
-  PIVRA_INLINE PackedBlock(Pair<Narrow> luma, Narrow cb, Narrow cr)
-      : HalfChromaBlock(cb, cr), y(luma) {}
-  PIVRA_INLINE Pair<Narrow> luma(const SourceRows<1> &, int) const { return y; }
+  Pair<I16> scaled;
+  PIVRA_INLINE PackedBlock(Narrow even, Narrow odd, Narrow cb, Narrow cr)
+      : HalfChromaBlock(cb, cr),
+        scaled{scale<kLumaScale, kLumaOffset>(even), scale<kLumaScale, kLumaOffset>(odd)} {}
+  PIVRA_INLINE Pair<I16> luma(const SourceRows<1> &, int) const { return scaled; }
 };
 
 // Luma as it is in all three channels.
-struct GreyBlock : LumaRows {
-  PIVRA_INLINE RgbLanes even(Narrow y) const { return {widen(y), widen(y), widen(y)}; }
-  PIVRA_INLINE RgbLanes odd(Narrow y) const { return even(y); }
+struct GreyBlock : LumaRows<128, 0> {
+  PIVRA_INLINE RgbLanes even(I16 y) const { return {y, y, y}; }
+  PIVRA_INLINE RgbLanes odd(I16 y) const { return {y, y, y}; }
 };
 
 #endif
@@ -96,7 +96,7 @@ struct FullChromaPlanes {
 
 #if PIVRA_VECTORS
   static PIVRA_INLINE FullChromaBlock block(const SourceRows<kRows> &rows) {
-    return {load_pairs(rows.chroma[0]), load_pairs(rows.chroma[1])};
+    return {load_samples(rows.chroma[0]), load_samples(rows.chroma[1])};
   }
 #endif
   static PIVRA_INLINE Rgb pixel(const SourceRows<kRows> &rows, int row, ptrdiff_t x) {
@@ -134,7 +134,7 @@ struct PackedGroups {
   static PIVRA_INLINE PackedBlock block(const SourceRows<1> &rows) {
     Narrow v[4];
     load_interleaved4(rows.luma[0], v);
-    return {{v[kY], v[kY + 2]}, v[kU], v[kV]};
+    return {v[kY], v[kY + 2], v[kU], v[kV]};
   }
 #endif
   static PIVRA_INLINE Rgb pixel(const SourceRows<1> &rows, int, ptrdiff_t x) {

@@ -29,7 +29,7 @@ PIVRA_INLINE void advance(SourceRows<kRows> &in, TargetRows<kRows> &out, int32_t
 #if PIVRA_VECTORS
 
 template <class Target, class Block>
-PIVRA_INLINE uint8_t *convert_block(Block block, Pair<Narrow> luma, uint8_t *out) {
+PIVRA_INLINE uint8_t *convert_block(Block block, Pair<I16> luma, uint8_t *out) {
   auto even = Target::half(block.even(luma.even));
   auto odd = Target::half(block.odd(luma.odd));
   return Target::store(out, even, odd);

@@ -11,17 +11,14 @@ constexpr int32_t kBlock = 16;
 typedef int16x8_t I16;
 typedef uint8x8_t Narrow;
 
-template <class T>
-struct Pair {
-  T even, odd;
-};
+typedef Pair<uint8x8_t> Samples;
 
 // Both halves in memory order.
 struct Bytes {
   uint8x8_t low, high;
 };
 
-PIVRA_INLINE Pair<Narrow> load_pairs(const uint8_t *p) {
+PIVRA_INLINE Samples load_samples(const uint8_t *p) {
   uint8x8x2_t v = vld2_u8(p);
   return {v.val[0], v.val[1]};
 }
@@ -39,26 +36,30 @@ template <int16_t k>
 PIVRA_INLINE I16 splat() {
   return vdupq_n_s16(k);
 }
-PIVRA_INLINE I16 widen(Narrow n) { return vreinterpretq_s16_u16(vmovl_u8(n)); }
+
+PIVRA_INLINE Pair<Narrow> split(Samples s) { return s; }
+
 template <uint8_t k>
 PIVRA_INLINE I16 subtract(Narrow n) {
   return vreinterpretq_s16_u16(vsubl_u8(n, vdup_n_u8(k)));
-}
-template <uint8_t k>
-PIVRA_INLINE I16 multiply(Narrow n) {
-  return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k)));
 }
 template <int16_t k>
 PIVRA_INLINE I16 multiply(I16 i) {
   return vmulq_s16(i, splat<k>());
 }
-PIVRA_INLINE I16 add(I16 i, Narrow n) {
-  return vreinterpretq_s16_u16(vaddw_u8(vreinterpretq_u16_s16(i), n));
+PIVRA_INLINE I16 add_halved(I16 i, I16 j) { return vsraq_n_s16(i, j, 1); }
+template <uint8_t k, int16_t offset>
+PIVRA_INLINE I16 scale(Narrow n) {
+  return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k))) - splat<offset>();
 }
-PIVRA_INLINE I16 add_high_byte(I16 i, I16 j) { return vsraq_n_s16(i, j, 8); }
+template <uint8_t k, int16_t offset>
+PIVRA_INLINE Pair<I16> scale(Samples s) {
+  return {scale<k, offset>(s.even), scale<k, offset>(s.odd)};
+}
+PIVRA_INLINE I16 add_saturated(I16 a, I16 b) { return vqaddq_s16(a, b); }
 
 typedef uint8x8_t Clamped;
-PIVRA_INLINE Clamped clamp(I16 i) { return vqmovun_s16(i); }
+PIVRA_INLINE Clamped clamp(I16 i) { return vqshrun_n_s16(i, 7); }
 
 #if defined(__arm__) && !defined(__clang__)
 // The intrinsic costs GCC a zip for each of the two results.
@@ -74,13 +75,14 @@ PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
 #endif
 PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return {vdup_n_u8(k), vdup_n_u8(k)}; }
 
-// The saturating shift leaves the clamped value in the top byte, where
-// shift-right-insert picks the bits that the field keeps.
+// Doubled with saturation the clamped value fills 16 bits, and shift-right-insert
+// gives each field its top bits from there.
 typedef uint16x8_t Words565;
 PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
-  const uint16x8_t ab = vsriq_n_u16(vqshluq_n_s16(a, 8), vqshluq_n_s16(b, 8), 5);
-  return vsriq_n_u16(ab, vqshluq_n_s16(c, 8), 11);
+  const uint16x8_t ab = vsriq_n_u16(vqshluq_n_s16(a, 1), vqshluq_n_s16(b, 1), 5);
+  return vsriq_n_u16(ab, vqshluq_n_s16(c, 1), 11);
 }
+
 #if defined(__arm__) && !defined(__clang__)
 
 // GCC puts the register lists of VST2 to VST4 together by moves on 32-bit ARM,

@@ -8,26 +8,34 @@
 // and those at odd positions. A chroma sample serves an even and an odd pixel,
 // so the lanes of a chroma vector match both without being repeated.
 //
-//   I16            kBlock / 2 signed 16-bit lanes; + - compile to vector code
+//   I16            kBlock / 2 signed 16-bit lanes; + - << >> compile to vector code
+//   Samples        kBlock consecutive bytes
 //   Narrow         kBlock / 2 bytes, to be widened by the operation that uses them
-//   Pair<T>        { even, odd }: kBlock consecutive samples
+//   Pair<T>        { even, odd }: kBlock values by their position
 //   Bytes          kBlock bytes, in whatever order the level packs them
 //
-//   load_pairs(p)             kBlock bytes, split into even and odd ones
+//   load_samples(p)           kBlock bytes
 //   load_narrow(p)            kBlock / 2 bytes
 //   load_interleaved2(p, v)   kBlock / 2 groups of 2 bytes, taken apart
 //   load_interleaved4(p, v)   kBlock / 2 groups of 4 bytes, taken apart
-//   splat<k>(), widen(n)      a constant in every lane; bytes as 16-bit lanes
+//   split(samples)            Samples as a pair of Narrow
+//   splat<k>()                a constant in every lane
 //   subtract<k>(n)            n - k
-//   multiply<k>(n or i)       the low 16 bits of the product
-//   add(i, n)                 i + n
-//   add_high_byte(i, j)       i + (j >> 8)
-//   clamp(i)                  16-bit lanes clamped to bytes (Clamped, on some levels later)
-//   join(even, odd)           both halves' Clamped as Bytes
+//   multiply<k>(i)            the low 16 bits of the product
+//   add_halved(i, j)          i + (j >> 1)
+//   scale<k, offset>(n or s)  k n - offset
+//   add_saturated(i, j)       the sum saturated to 16 bits
+//
+// Results x leave as lanes of 128 x, seven bits of fraction, whose floor is then
+// clamped to 0..255:
+//
+//   clamp(i), join(even, odd) bytes of both halves: Clamped, and from two of them Bytes
 //   store_interleaved3/4      byte triples or quadruples
-//   clamp_565(a, b, c)        5-6-5 words with a in the top bits (Words565)
-//   store_565(p, even, odd)   both halves' words; like the other stores it returns
-//                             the address behind what they wrote
+//   clamp_565(a, b, c)        5-6-5 words with a in the top bits: Words565
+//   store_565(p, even, odd)   both halves' words
+//
+// Stores return the address behind what they wrote. GCC 12 keeps const aggregates
+// in memory, so locals of the types above that are structures are not const.
 //
 // Loads and stores touch exactly the bytes they name, at any alignment. A level
 // without vectors defines no kBlock and leaves PIVRA_VECTORS at 0; its kernels
@@ -44,6 +52,15 @@
 #endif
 
 #define PIVRA_INLINE __attribute__((always_inline)) inline
+
+namespace pivra::PIVRA_LEVEL {
+
+template <class T>
+struct Pair {
+  T even, odd;
+};
+
+}  // namespace pivra::PIVRA_LEVEL
 
 #if defined(PIVRA_NO_VECTORS)
 #define PIVRA_VECTORS 0

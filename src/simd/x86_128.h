@@ -4,9 +4,6 @@
 
 namespace pivra::PIVRA_LEVEL {
 
-typedef uint8_t U8 __attribute__((vector_size(16)));
-typedef int16_t I16 __attribute__((vector_size(16)));
-typedef uint16_t U16 __attribute__((vector_size(16)));
 typedef uint64_t U64 __attribute__((vector_size(16)));
 
 PIVRA_INLINE U8 load(const uint8_t *p) { return (U8)_mm_loadu_si128((const __m128i *)p); }
@@ -14,20 +11,23 @@ PIVRA_INLINE void store(uint8_t *p, U8 v) { _mm_storeu_si128((__m128i *)p, (__m1
 PIVRA_INLINE I16 load_widened(const uint8_t *p) {
   return (I16)_mm_unpacklo_epi8(_mm_loadl_epi64((const __m128i *)p), _mm_setzero_si128());
 }
+// The vectors whose lanes, taken in turn, are the bytes at p.
 PIVRA_INLINE void load_lane_pairs(const uint8_t *p, U8 &first, U8 &second) {
   first = load(p);
   second = load(p + 16);
 }
 
-#define PIVRA_LANE_OPERATION(name, T, intrinsic) \
-  PIVRA_INLINE U8 name(T a, T b) { return (U8)intrinsic((__m128i)a, (__m128i)b); }
-PIVRA_LANE_OPERATION(unpack_low8, U8, _mm_unpacklo_epi8)
-PIVRA_LANE_OPERATION(unpack_high8, U8, _mm_unpackhi_epi8)
-PIVRA_LANE_OPERATION(unpack_low16, U8, _mm_unpacklo_epi16)
-PIVRA_LANE_OPERATION(unpack_high16, U8, _mm_unpackhi_epi16)
-PIVRA_LANE_OPERATION(unpack_low32, U8, _mm_unpacklo_epi32)
-PIVRA_LANE_OPERATION(unpack_high32, U8, _mm_unpackhi_epi32)
-PIVRA_LANE_OPERATION(pack_unsigned, I16, _mm_packus_epi16)
+#define PIVRA_LANE_OPERATION(Result, name, T, intrinsic) \
+  PIVRA_INLINE Result name(T a, T b) { return (Result)intrinsic((__m128i)a, (__m128i)b); }
+PIVRA_LANE_OPERATION(U8, unpack_low8, U8, _mm_unpacklo_epi8)
+PIVRA_LANE_OPERATION(U8, unpack_high8, U8, _mm_unpackhi_epi8)
+PIVRA_LANE_OPERATION(U8, unpack_low16, U8, _mm_unpacklo_epi16)
+PIVRA_LANE_OPERATION(U8, unpack_high16, U8, _mm_unpackhi_epi16)
+PIVRA_LANE_OPERATION(U8, unpack_low32, U8, _mm_unpacklo_epi32)
+PIVRA_LANE_OPERATION(U8, unpack_high32, U8, _mm_unpackhi_epi32)
+PIVRA_LANE_OPERATION(U8, pack_unsigned, I16, _mm_packus_epi16)
+PIVRA_LANE_OPERATION(I16, larger, I16, _mm_max_epi16)
+PIVRA_LANE_OPERATION(I16, add_saturated, I16, _mm_adds_epi16)
 #undef PIVRA_LANE_OPERATION
 
 template <int bytes>

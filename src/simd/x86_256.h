@@ -4,30 +4,30 @@
 
 namespace pivra::PIVRA_LEVEL {
 
-typedef uint8_t U8 __attribute__((vector_size(32)));
-typedef int16_t I16 __attribute__((vector_size(32)));
-typedef uint16_t U16 __attribute__((vector_size(32)));
-
 PIVRA_INLINE U8 load(const uint8_t *p) { return (U8)_mm256_loadu_si256((const __m256i *)p); }
 PIVRA_INLINE void store(uint8_t *p, U8 v) { _mm256_storeu_si256((__m256i *)p, (__m256i)v); }
 PIVRA_INLINE I16 load_widened(const uint8_t *p) {
   return (I16)_mm256_cvtepu8_epi16(_mm_loadu_si128((const __m128i *)p));
 }
+// The vectors whose lanes, taken in turn, are the bytes at p.
 PIVRA_INLINE void load_lane_pairs(const uint8_t *p, U8 &first, U8 &second) {
   const __m128i *lane = (const __m128i *)p;
   first = (U8)_mm256_loadu2_m128i(lane + 2, lane);
   second = (U8)_mm256_loadu2_m128i(lane + 3, lane + 1);
 }
 
-#define PIVRA_LANE_OPERATION(name, T, intrinsic) \
-  PIVRA_INLINE U8 name(T a, T b) { return (U8)intrinsic((__m256i)a, (__m256i)b); }
-PIVRA_LANE_OPERATION(unpack_low8, U8, _mm256_unpacklo_epi8)
-PIVRA_LANE_OPERATION(unpack_high8, U8, _mm256_unpackhi_epi8)
-PIVRA_LANE_OPERATION(unpack_low16, U8, _mm256_unpacklo_epi16)
-PIVRA_LANE_OPERATION(unpack_high16, U8, _mm256_unpackhi_epi16)
-PIVRA_LANE_OPERATION(unpack_low32, U8, _mm256_unpacklo_epi32)
-PIVRA_LANE_OPERATION(unpack_high32, U8, _mm256_unpackhi_epi32)
-PIVRA_LANE_OPERATION(pack_unsigned, I16, _mm256_packus_epi16)
+#define PIVRA_LANE_OPERATION(Result, name, T, intrinsic) \
+  PIVRA_INLINE Result name(T a, T b) { return (Result)intrinsic((__m256i)a, (__m256i)b); }
+PIVRA_LANE_OPERATION(U8, unpack_low8, U8, _mm256_unpacklo_epi8)
+PIVRA_LANE_OPERATION(U8, unpack_high8, U8, _mm256_unpackhi_epi8)
+PIVRA_LANE_OPERATION(U8, unpack_low16, U8, _mm256_unpacklo_epi16)
+PIVRA_LANE_OPERATION(U8, unpack_high16, U8, _mm256_unpackhi_epi16)
+PIVRA_LANE_OPERATION(U8, unpack_low32, U8, _mm256_unpacklo_epi32)
+PIVRA_LANE_OPERATION(U8, unpack_high32, U8, _mm256_unpackhi_epi32)
+PIVRA_LANE_OPERATION(U8, pack_unsigned, I16, _mm256_packus_epi16)
+PIVRA_LANE_OPERATION(I16, larger, I16, _mm256_max_epi16)
+PIVRA_LANE_OPERATION(I16, add_saturated, I16, _mm256_adds_epi16)
+PIVRA_LANE_OPERATION(I16, multiply_add_bytes, U8, _mm256_maddubs_epi16)
 #undef PIVRA_LANE_OPERATION
 
 template <int bytes>
@@ -46,7 +46,7 @@ PIVRA_INLINE U8 drop_fourth_bytes(U8 v) {
 }
 
 // Lane 0 of every vector, then lane 1 of every vector: the halves to be stored
-// together are half i and half i + 1 of that sequence.
+// together are half 2i and half 2i + 1 of that sequence.
 template <int n>
 PIVRA_INLINE uint8_t *store_lanes(uint8_t *p, const U8 (&v)[n]) {
   for (int i = 0; i < n; ++i) {

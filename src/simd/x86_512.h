@@ -1,0 +1,101 @@
+// AVX-512 with its byte permutations (VBMI): any byte of two registers to any
+// place, so that memory order takes one or two steps and no lanes show.
+#ifndef PIVRA_SIMD_X86_512_H
+#define PIVRA_SIMD_X86_512_H
+
+namespace pivra::PIVRA_LEVEL {
+
+PIVRA_INLINE U8 load(const uint8_t *p) { return (U8)_mm512_loadu_si512(p); }
+PIVRA_INLINE void store(uint8_t *p, U8 v) { _mm512_storeu_si512(p, (__m512i)v); }
+PIVRA_INLINE I16 load_widened(const uint8_t *p) {
+  return (I16)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i *)p));
+}
+#define PIVRA_OPERATION(Result, name, T, intrinsic) \
+  PIVRA_INLINE Result name(T a, T b) { return (Result)intrinsic((__m512i)a, (__m512i)b); }
+PIVRA_OPERATION(U8, pack_unsigned, I16, _mm512_packus_epi16)
+PIVRA_OPERATION(I16, add_saturated, I16, _mm512_adds_epi16)
+PIVRA_OPERATION(I16, larger, I16, _mm512_max_epi16)
+PIVRA_OPERATION(I16, multiply_add_bytes, U8, _mm512_maddubs_epi16)
+#undef PIVRA_OPERATION
+
+// Where each byte of a result comes from: 0-63 the first register, 64-127 the second.
+struct alignas(64) Order {
+  uint8_t from[64];
+};
+template <class Rule>
+constexpr Order make_order(Rule rule) {
+  Order order{};
+  for (int i = 0; i < 64; ++i) order.from[i] = static_cast<uint8_t>(rule(i));
+  return order;
+}
+PIVRA_INLINE U8 permute(U8 a, const Order &order, U8 b) {
+  return (U8)_mm512_permutex2var_epi8((__m512i)a, _mm512_load_si512(&order), (__m512i)b);
+}
+
+// Groups of four bytes: byte k of group i, widened.
+template <int k>
+constexpr Order kFromGroups = make_order([](int i) { return 4 * (i / 2) + k; });
+PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
+  const U8 a = load(p), b = load(p + 64);
+  v[0] = low_bytes(permute(a, kFromGroups<0>, b));
+  v[1] = low_bytes(permute(a, kFromGroups<1>, b));
+  v[2] = low_bytes(permute(a, kFromGroups<2>, b));
+  v[3] = low_bytes(permute(a, kFromGroups<3>, b));
+}
+
+// Where packing the even and the odd half of a block leaves pixel x.
+constexpr int packed(int x) { return x / 16 * 16 + x % 2 * 8 + x % 16 / 2; }
+
+// Two registers in turn, from pixel 0 and from the pixel in the middle on: packed
+// bytes, and words as they are.
+constexpr Order kBytesInTurn[] = {
+    make_order([](int i) { return packed(i / 2) + 64 * (i % 2); }),
+    make_order([](int i) { return packed(32 + i / 2) + 64 * (i % 2); })};
+constexpr Order kWordsInTurn[] = {
+    make_order([](int i) { return i / 4 * 2 + i % 2 + 64 * (i / 2 % 2); }),
+    make_order([](int i) { return 32 + i / 4 * 2 + i % 2 + 64 * (i / 2 % 2); })};
+
+PIVRA_INLINE uint8_t *store_in_turn(uint8_t *p, U8 a, U8 b) {
+  store(p, permute(a, kWordsInTurn[0], b));
+  store(p + 64, permute(a, kWordsInTurn[1], b));
+  return p + 128;
+}
+
+PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
+  p = store_in_turn(p, permute(a, kBytesInTurn[0], b), permute(c, kBytesInTurn[0], d));
+  return store_in_turn(p, permute(a, kBytesInTurn[1], b), permute(c, kBytesInTurn[1], d));
+}
+
+// Byte i of part k of the stored triples is byte t % 3 of triple t / 3, t = 64 k + i.
+template <int k>
+constexpr Order kFirstTwoOfTriples = make_order([](int i) {
+  const int t = 64 * k + i;
+  return packed(t / 3) + 64 * (t % 3);
+});
+template <int k>
+constexpr uint64_t third_of_triples() {
+  uint64_t mask = 0;
+  for (int i = 0; i < 64; ++i) mask |= uint64_t{(64 * k + i) % 3 == 2} << i;
+  return mask;
+}
+template <int k>
+PIVRA_INLINE void store_triples(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+  const __m512i order = _mm512_load_si512(&kFirstTwoOfTriples<k>);
+  const __m512i ab = _mm512_permutex2var_epi8((__m512i)a, order, (__m512i)b);
+  store(p + 64 * k,
+        (U8)_mm512_mask_permutexvar_epi8(ab, third_of_triples<k>(), order, (__m512i)c));
+}
+PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+  store_triples<0>(p, a, b, c);
+  store_triples<1>(p, a, b, c);
+  store_triples<2>(p, a, b, c);
+  return p + 192;
+}
+
+PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
+  return store_in_turn(p, even, odd);
+}
+
+}  // namespace pivra::PIVRA_LEVEL
+
+#endif

@@ -1,0 +1,56 @@
+// Memory order by unpacking within 128-bit lanes, at any register width.
+//
+// Lane L of the even vector holds pixels 16 L, 16 L + 2, ..., of the odd vector
+// those between.
+#ifndef PIVRA_SIMD_X86_LANES_H
+#define PIVRA_SIMD_X86_LANES_H
+
+namespace pivra::PIVRA_LEVEL {
+
+PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
+  // In each lane of `first` and `second` lie four of the lane's eight groups.
+  U8 first, second;
+  load_lane_pairs(p, first, second);
+  const U8 a = unpack_low8(first, second), b = unpack_high8(first, second);
+  const U8 c = unpack_low8(a, b), d = unpack_high8(a, b);
+  const U8 low = unpack_low8(c, d), high = unpack_high8(c, d);
+  const U8 zero{};
+  v[0] = (I16)unpack_low8(low, zero);
+  v[1] = (I16)unpack_high8(low, zero);
+  v[2] = (I16)unpack_low8(high, zero);
+  v[3] = (I16)unpack_high8(high, zero);
+}
+
+// Even pixels and odd pixels of each lane, as 32-bit groups, in memory order.
+struct Pixels32 {
+  U8 v[4];
+};
+PIVRA_INLINE Pixels32 pixels32(Bytes a, Bytes b, Bytes c, Bytes d) {
+  const U8 ab_even = unpack_low8(a, b), ab_odd = unpack_high8(a, b);
+  const U8 cd_even = unpack_low8(c, d), cd_odd = unpack_high8(c, d);
+  const U8 even0 = unpack_low16(ab_even, cd_even), even1 = unpack_high16(ab_even, cd_even);
+  const U8 odd0 = unpack_low16(ab_odd, cd_odd), odd1 = unpack_high16(ab_odd, cd_odd);
+  return {{unpack_low32(even0, odd0), unpack_high32(even0, odd0), unpack_low32(even1, odd1),
+           unpack_high32(even1, odd1)}};
+}
+
+PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, Bytes d) {
+  return store_lanes(p, pixels32(a, b, c, d).v);
+}
+PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+  Pixels32 q = pixels32(a, b, c, c);
+  for (U8 &v : q.v) v = drop_fourth_bytes(v);
+  const U8 packed[] = {q.v[0] | shift_up<12>(q.v[1]),
+                       shift_down<4>(q.v[1]) | shift_up<8>(q.v[2]),
+                       shift_down<8>(q.v[2]) | shift_up<4>(q.v[3])};
+  return store_lanes(p, packed);
+}
+
+PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
+  const U8 words[] = {unpack_low16(even, odd), unpack_high16(even, odd)};
+  return store_lanes(p, words);
+}
+
+}  // namespace pivra::PIVRA_LEVEL
+
+#endif
