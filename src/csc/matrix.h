@@ -52,11 +52,14 @@ constexpr int16_t kShift = 3056;
 constexpr uint8_t kLumaScale = 149;
 constexpr int16_t kLumaOffset = 2320 + kShift;
 
-PIVRA_INLINE ChromaTerms chroma_terms(Narrow cb, Narrow cr) {
-  const I16 u = subtract<128>(cb), v = subtract<128>(cr);
-  return {add_halved(splat<kShift>() + multiply<204>(v), v),
-          splat<kShift>() - multiply<50>(u) - multiply<104>(v),
-          splat<kShift / 2>() + multiply<129>(u)};
+// kU is 0 where the first of the two chroma bytes is U, and 1 where it is V.
+template <int kU>
+PIVRA_INLINE ChromaTerms chroma_terms(Twos chroma) {
+  constexpr int kV = 1 - kU;
+  Centred c = centre(chroma);
+  return {add_half<kV>(splat<kShift>() + weigh<kV, 204>(c), c),
+          splat<kShift>() - weigh_both<kU == 0 ? 50 : 104, kU == 0 ? 104 : 50>(c),
+          splat<kShift / 2>() + weigh<kU, 129>(c)};
 }
 
 PIVRA_INLINE RgbLanes apply_matrix(I16 luma, ChromaTerms c) {

@@ -40,27 +40,29 @@ struct LumaRows {
 // A chroma sample for an even and an odd pixel.
 struct HalfChromaBlock : LumaRows<kLumaScale, kLumaOffset> {
   ChromaTerms terms;
-  PIVRA_INLINE HalfChromaBlock(Narrow cb, Narrow cr) : terms(chroma_terms(cb, cr)) {}
+  PIVRA_INLINE explicit HalfChromaBlock(ChromaTerms c) : terms(c) {}
   PIVRA_INLINE RgbLanes even(I16 y) const { return apply_matrix(y, terms); }
   PIVRA_INLINE RgbLanes odd(I16 y) const { return apply_matrix(y, terms); }
 };
 
 // A chroma sample for every pixel.
 struct FullChromaBlock : LumaRows<kLumaScale, kLumaOffset> {
-  Pair<Narrow> cb, cr;
-  PIVRA_INLINE FullChromaBlock(Samples u, Samples v) : cb(split(u)), cr(split(v)) {}
+  Samples u, v;
+  PIVRA_INLINE FullChromaBlock(Samples cb, Samples cr) : u(cb), v(cr) {}
   PIVRA_INLINE RgbLanes even(I16 y) const {
-    return apply_matrix(y, chroma_terms(cb.even, cr.even));
+    return apply_matrix(y, chroma_terms<0>(even_twos(u, v)));
   }
-  PIVRA_INLINE RgbLanes odd(I16 y) const { return apply_matrix(y, chroma_terms(cb.odd, cr.odd)); }
+  PIVRA_INLINE RgbLanes odd(I16 y) const {
+    return apply_matrix(y, chroma_terms<0>(odd_twos(u, v)));
+  }
 };
 
 // Luma and chroma read at once.
 struct PackedBlock : HalfChromaBlock {
   Pair<I16> scaled;
-  PIVRA_INLINE PackedBlock(Narrow even, Narrow odd, Narrow cb, Narrow cr)
-      : HalfChromaBlock(cb, cr),
-        scaled{scale<kLumaScale, kLumaOffset>(even), scale<kLumaScale, kLumaOffset>(odd)} {}
+  PIVRA_INLINE explicit PackedBlock(Packed422 p)
+      : HalfChromaBlock(chroma_terms<0>(p.chroma)),
+        scaled(scale<kLumaScale, kLumaOffset>(p.luma)) {}
   PIVRA_INLINE Pair<I16> luma(const SourceRows<1> &, int) const { return scaled; }
 };
 
@@ -80,7 +82,8 @@ struct HalfChromaPlanes {
 
 #if PIVRA_VECTORS
   static PIVRA_INLINE HalfChromaBlock block(const SourceRows<kRows> &rows) {
-    return {load_narrow(rows.chroma[0]), load_narrow(rows.chroma[1])};
+    return HalfChromaBlock(
+        chroma_terms<0>(twos(load_narrow(rows.chroma[0]), load_narrow(rows.chroma[1]))));
   }
 #endif
   static PIVRA_INLINE Rgb pixel(const SourceRows<kRows> &rows, int row, ptrdiff_t x) {
@@ -112,9 +115,7 @@ struct ChromaPairs {
 
 #if PIVRA_VECTORS
   static PIVRA_INLINE HalfChromaBlock block(const SourceRows<2> &rows) {
-    Narrow v[2];
-    load_interleaved2(rows.chroma[0], v);
-    return {v[kU], v[1 - kU]};
+    return HalfChromaBlock(chroma_terms<kU>(load_twos(rows.chroma[0])));
   }
 #endif
   static PIVRA_INLINE Rgb pixel(const SourceRows<2> &rows, int row, ptrdiff_t x) {
@@ -132,9 +133,7 @@ struct PackedGroups {
 
 #if PIVRA_VECTORS
   static PIVRA_INLINE PackedBlock block(const SourceRows<1> &rows) {
-    Narrow v[4];
-    load_interleaved4(rows.luma[0], v);
-    return {v[kY], v[kY + 2], v[kU], v[kV]};
+    return PackedBlock(load_packed422<kY>(rows.luma[0]));
   }
 #endif
   static PIVRA_INLINE Rgb pixel(const SourceRows<1> &rows, int, ptrdiff_t x) {

@@ -11,7 +11,14 @@ constexpr int32_t kBlock = 16;
 typedef int16x8_t I16;
 typedef uint8x8_t Narrow;
 
-typedef Pair<uint8x8_t> Samples;
+typedef Pair<Narrow> Samples;
+struct Twos {
+  Narrow first, second;
+};
+struct Packed422 {
+  Samples luma;
+  Twos chroma;
+};
 
 // Both halves in memory order.
 struct Bytes {
@@ -23,38 +30,49 @@ PIVRA_INLINE Samples load_samples(const uint8_t *p) {
   return {v.val[0], v.val[1]};
 }
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return vld1_u8(p); }
-PIVRA_INLINE void load_interleaved2(const uint8_t *p, Narrow (&v)[2]) {
-  uint8x8x2_t t = vld2_u8(p);
-  for (int i = 0; i < 2; ++i) v[i] = t.val[i];
+PIVRA_INLINE Twos load_twos(const uint8_t *p) {
+  uint8x8x2_t v = vld2_u8(p);
+  return {v.val[0], v.val[1]};
 }
-PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
-  uint8x8x4_t t = vld4_u8(p);
-  for (int i = 0; i < 4; ++i) v[i] = t.val[i];
+template <int kY>
+PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
+  uint8x8x4_t v = vld4_u8(p);
+  return {{v.val[kY], v.val[kY + 2]}, {v.val[1 - kY], v.val[3 - kY]}};
 }
+
+PIVRA_INLINE Twos twos(Narrow first, Narrow second) { return {first, second}; }
+PIVRA_INLINE Twos even_twos(Samples first, Samples second) { return {first.even, second.even}; }
+PIVRA_INLINE Twos odd_twos(Samples first, Samples second) { return {first.odd, second.odd}; }
 
 template <int16_t k>
 PIVRA_INLINE I16 splat() {
   return vdupq_n_s16(k);
 }
 
-PIVRA_INLINE Pair<Narrow> split(Samples s) { return s; }
+struct Centred {
+  I16 n[2];
+};
+PIVRA_INLINE I16 subtract_128(Narrow n) {
+  return vreinterpretq_s16_u16(vsubl_u8(n, vdup_n_u8(128)));
+}
+PIVRA_INLINE Centred centre(Twos t) { return {{subtract_128(t.first), subtract_128(t.second)}}; }
+template <int which, int16_t k>
+PIVRA_INLINE I16 weigh(Centred c) {
+  return vmulq_s16(c.n[which], splat<k>());
+}
+template <int16_t k0, int16_t k1>
+PIVRA_INLINE I16 weigh_both(Centred c) {
+  return vmlaq_s16(weigh<0, k0>(c), c.n[1], splat<k1>());
+}
+template <int which>
+PIVRA_INLINE I16 add_half(I16 i, Centred c) {
+  return vsraq_n_s16(i, c.n[which], 1);
+}
 
-template <uint8_t k>
-PIVRA_INLINE I16 subtract(Narrow n) {
-  return vreinterpretq_s16_u16(vsubl_u8(n, vdup_n_u8(k)));
-}
-template <int16_t k>
-PIVRA_INLINE I16 multiply(I16 i) {
-  return vmulq_s16(i, splat<k>());
-}
-PIVRA_INLINE I16 add_halved(I16 i, I16 j) { return vsraq_n_s16(i, j, 1); }
-template <uint8_t k, int16_t offset>
-PIVRA_INLINE I16 scale(Narrow n) {
-  return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k))) - splat<offset>();
-}
 template <uint8_t k, int16_t offset>
 PIVRA_INLINE Pair<I16> scale(Samples s) {
-  return {scale<k, offset>(s.even), scale<k, offset>(s.odd)};
+  const auto one = [](Narrow n) { return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k))); };
+  return {one(s.even) - splat<offset>(), one(s.odd) - splat<offset>()};
 }
 PIVRA_INLINE I16 add_saturated(I16 a, I16 b) { return vqaddq_s16(a, b); }
 

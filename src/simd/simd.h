@@ -10,20 +10,23 @@
 //
 //   I16            kBlock / 2 signed 16-bit lanes; + - << >> compile to vector code
 //   Samples        kBlock consecutive bytes
-//   Narrow         kBlock / 2 bytes, to be widened by the operation that uses them
+//   Narrow         kBlock / 2 bytes
+//   Twos           two bytes for each lane, a first and a second one
+//   Packed422      Samples of luma and Twos of chroma
 //   Pair<T>        { even, odd }: kBlock values by their position
 //   Bytes          kBlock bytes, in whatever order the level packs them
 //
-//   load_samples(p)           kBlock bytes
-//   load_narrow(p)            kBlock / 2 bytes
-//   load_interleaved2(p, v)   kBlock / 2 groups of 2 bytes, taken apart
-//   load_interleaved4(p, v)   kBlock / 2 groups of 4 bytes, taken apart
-//   split(samples)            Samples as a pair of Narrow
+//   load_samples(p), load_narrow(p)
+//   load_twos(p)              kBlock bytes, two by two
+//   load_packed422<kY>(p)     2 kBlock bytes, of which kY, kY + 2, ... are luma
+//   twos(first, second)       out of two Narrow
+//   even_twos, odd_twos       out of two Samples, at their even or odd positions
 //   splat<k>()                a constant in every lane
-//   subtract<k>(n)            n - k
-//   multiply<k>(i)            the low 16 bits of the product
-//   add_halved(i, j)          i + (j >> 1)
-//   scale<k, offset>(n or s)  k n - offset
+//   scale<k, offset>(s)       k n - offset of each sample n
+//   centre(t)                 first - 128 and second - 128, ready to be weighed
+//   weigh<which, k>(c)        k times the first (0) or the second (1) of them
+//   weigh_both<k0, k1>(c)     k0 times the first plus k1 times the second
+//   add_half<which>(i, c)     i plus the floor of half of one of them
 //   add_saturated(i, j)       the sum saturated to 16 bits
 //
 // Results x leave as lanes of 128 x, seven bits of fraction, whose floor is then

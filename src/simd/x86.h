@@ -25,7 +25,13 @@ typedef U8 Samples;
 typedef I16 Clamped;  // clamped as it is joined: one instruction does both
 typedef U8 Words565;
 typedef I16 Narrow;  // widened as it is loaded
+typedef U8 Twos;     // side by side
 typedef U8 Bytes;
+
+struct Packed422 {
+  Samples luma;
+  Twos chroma;
+};
 
 PIVRA_INLINE I16 low_bytes(U8 v) { return (I16)v & 0xFF; }
 PIVRA_INLINE I16 high_bytes(U8 v) { return (I16)((U16)v >> 8); }
@@ -53,27 +59,61 @@ PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return U8{} + k; }
 
 PIVRA_INLINE Samples load_samples(const uint8_t *p) { return load(p); }
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return load_widened(p); }
-PIVRA_INLINE void load_interleaved2(const uint8_t *p, Narrow (&v)[2]) {
-  const U8 t = load(p);
-  v[0] = low_bytes(t);
-  v[1] = high_bytes(t);
+PIVRA_INLINE Twos load_twos(const uint8_t *p) { return load(p); }
+
+PIVRA_INLINE Twos twos(Narrow first, Narrow second) { return (U8)(first | second << 8); }
+PIVRA_INLINE Twos even_twos(Samples first, Samples second) {
+  return (U8)(((I16)first & 0xFF) | (I16)second << 8);
+}
+PIVRA_INLINE Twos odd_twos(Samples first, Samples second) {
+  return (U8)(((U16)first >> 8) | ((U16)second & uint16_t{0xFF00}));
 }
 
-PIVRA_INLINE Pair<Narrow> split(Samples s) { return {low_bytes(s), high_bytes(s)}; }
-
-template <uint8_t k>
-PIVRA_INLINE I16 subtract(Narrow n) {
-  return n - k;
-}
-template <int16_t k>
-PIVRA_INLINE I16 multiply(I16 i) {
+// A multiplication by a constant, kept from becoming shifts and adds.
+PIVRA_INLINE I16 times(I16 i, I16 k) {
+  asm("" : "+x"(k));
   return i * k;
 }
-PIVRA_INLINE I16 add_halved(I16 i, I16 j) { return i + (j >> 1); }
-template <uint8_t k, int16_t offset>
-PIVRA_INLINE I16 scale(Narrow n) {
-  return n * k - offset;
+
+#if defined(__SSSE3__)
+
+// Signed bytes side by side, weighed and added by one multiplication.
+typedef U8 Centred;
+PIVRA_INLINE Centred centre(Twos t) { return t ^ 0x80; }
+template <uint8_t k0, uint8_t k1>
+PIVRA_INLINE I16 weigh_both(Centred c) {
+  return multiply_add_bytes((U8)splat<static_cast<int16_t>(k0 | k1 << 8)>(), c);
 }
+template <int which, uint8_t k>
+PIVRA_INLINE I16 weigh(Centred c) {
+  return weigh_both<which == 0 ? k : 0, which == 0 ? 0 : k>(c);
+}
+template <int which>
+PIVRA_INLINE I16 add_half(I16 i, Centred c) {
+  return i + ((which == 0 ? (I16)c << 8 : (I16)c) >> 9);
+}
+
+#else
+
+struct Centred {
+  I16 n[2];
+};
+PIVRA_INLINE Centred centre(Twos t) { return {{low_bytes(t) - 128, high_bytes(t) - 128}}; }
+template <int which, int16_t k>
+PIVRA_INLINE I16 weigh(Centred c) {
+  return times(c.n[which], splat<k>());
+}
+template <int16_t k0, int16_t k1>
+PIVRA_INLINE I16 weigh_both(Centred c) {
+  return weigh<0, k0>(c) + weigh<1, k1>(c);
+}
+template <int which>
+PIVRA_INLINE I16 add_half(I16 i, Centred c) {
+  return i + (c.n[which] >> 1);
+}
+
+#endif
+
 template <uint8_t k, int16_t offset>
 PIVRA_INLINE Pair<I16> scale(Samples s) {
 #if defined(__SSSE3__)
@@ -82,7 +122,7 @@ PIVRA_INLINE Pair<I16> scale(Samples s) {
   const I16 rest = splat<128 * k - offset>();
   return {multiply_add_bytes(even, s ^ 0x80) + rest, multiply_add_bytes(odd, s ^ 0x80) + rest};
 #else
-  return {scale<k, offset>(low_bytes(s)), scale<k, offset>(high_bytes(s))};
+  return {times(low_bytes(s), splat<k>()) - offset, times(high_bytes(s), splat<k>()) - offset};
 #endif
 }
 

@@ -32,15 +32,13 @@ PIVRA_INLINE U8 permute(U8 a, const Order &order, U8 b) {
   return (U8)_mm512_permutex2var_epi8((__m512i)a, _mm512_load_si512(&order), (__m512i)b);
 }
 
-// Groups of four bytes: byte k of group i, widened.
-template <int k>
-constexpr Order kFromGroups = make_order([](int i) { return 4 * (i / 2) + k; });
-PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
+// Every other byte of two registers.
+template <int first>
+constexpr Order kEveryOther = make_order([](int i) { return 2 * i + first; });
+template <int kY>
+PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
   const U8 a = load(p), b = load(p + 64);
-  v[0] = low_bytes(permute(a, kFromGroups<0>, b));
-  v[1] = low_bytes(permute(a, kFromGroups<1>, b));
-  v[2] = low_bytes(permute(a, kFromGroups<2>, b));
-  v[3] = low_bytes(permute(a, kFromGroups<3>, b));
+  return {permute(a, kEveryOther<kY>, b), permute(a, kEveryOther<1 - kY>, b)};
 }
 
 // Where packing the even and the odd half of a block leaves pixel x.

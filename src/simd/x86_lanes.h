@@ -7,18 +7,14 @@
 
 namespace pivra::PIVRA_LEVEL {
 
-PIVRA_INLINE void load_interleaved4(const uint8_t *p, Narrow (&v)[4]) {
-  // In each lane of `first` and `second` lie four of the lane's eight groups.
-  U8 first, second;
-  load_lane_pairs(p, first, second);
-  const U8 a = unpack_low8(first, second), b = unpack_high8(first, second);
-  const U8 c = unpack_low8(a, b), d = unpack_high8(a, b);
-  const U8 low = unpack_low8(c, d), high = unpack_high8(c, d);
-  const U8 zero{};
-  v[0] = (I16)unpack_low8(low, zero);
-  v[1] = (I16)unpack_high8(low, zero);
-  v[2] = (I16)unpack_low8(high, zero);
-  v[3] = (I16)unpack_high8(high, zero);
+// Words packed from these two vectors are in memory order.
+template <int kY>
+PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
+  U8 a, b;
+  load_lane_pairs(p, a, b);
+  const U8 low = pack_unsigned(low_bytes(a), low_bytes(b));
+  const U8 high = pack_unsigned(high_bytes(a), high_bytes(b));
+  return {kY == 0 ? low : high, kY == 0 ? high : low};
 }
 
 // Even pixels and odd pixels of each lane, as 32-bit groups, in memory order.
