@@ -29,9 +29,7 @@ std::string text(double value) {
   return value < 1000 ? fmt::format("{:.3f}", value) : fmt::format("{:.0f}", value);
 }
 
-std::string ratio_column(std::string_view contender) {
-  return fmt::format("x {}", contender);
-}
+std::string ratio_column(std::string_view contender) { return fmt::format("x {}", contender); }
 
 }  // namespace
 

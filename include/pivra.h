@@ -165,8 +165,8 @@ PIVRA_API int32_t pivra_cpy(const ImageDesc *src, ImageDesc *dst);
  * A copy kernel: `height` rows of `width` samples, strides in bytes. A width or
  * height of zero or less copies nothing.
  */
-typedef void pivra_cpy_kernel(const uint8_t *src, int32_t width, int32_t height,
-                              int32_t src_stride, int32_t dst_stride, uint8_t *dst);
+typedef void pivra_cpy_kernel(const uint8_t *src, int32_t width, int32_t height, int32_t src_stride,
+                              int32_t dst_stride, uint8_t *dst);
 
 /**
  * Copies rows of bytes.

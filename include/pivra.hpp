@@ -145,9 +145,7 @@ constexpr const FormatInfo *find_unique(Matches matches) {
 }  // namespace detail
 
 /** Every format of pivra.h, in the order of the codes. */
-constexpr std::span<const FormatInfo> formats() {
-  return detail::kFormats;
-}
+constexpr std::span<const FormatInfo> formats() { return detail::kFormats; }
 
 /** The format of a code, or null. */
 constexpr const FormatInfo *find_format(std::int32_t code) {
@@ -179,9 +177,7 @@ constexpr bool converts(std::int32_t from, std::int32_t to) {
 
 namespace detail {
 
-[[noreturn]] inline void refuse(const std::string &why) {
-  throw std::invalid_argument(why);
-}
+[[noreturn]] inline void refuse(const std::string &why) { throw std::invalid_argument(why); }
 
 inline std::string size_text(std::int32_t width, std::int32_t height) {
   return std::to_string(width) + "x" + std::to_string(height);

@@ -126,8 +126,9 @@ Copied copied(const Planes &src, const Planes &dst, const Planes &before, int pl
     return std::equal(&src.bytes[plane][from], &src.bytes[plane][from] + count,
                       &dst.bytes[plane][from]);
   };
-  return same(0, 32 * 8) ? Copied::kWords : same(0, 16) && same(32, 16) ? Copied::kBytes
-                                                                        : Copied::kNothing;
+  return same(0, 32 * 8)               ? Copied::kWords
+         : same(0, 16) && same(32, 16) ? Copied::kBytes
+                                       : Copied::kNothing;
 }
 
 TEST(Copy, ChoosesKernelsByFormat) {
@@ -144,8 +145,8 @@ TEST(Copy, ChoosesKernelsByFormat) {
     EXPECT_EQ(pivra_cpy(&src.desc, &other.desc), PIVRA_REFUSED);
 
     const Copied b = Copied::kBytes, w = Copied::kWords, n = Copied::kNothing;
-    const std::array<Copied, 4> expected = words                          ? std::array{w, n, n, n}
-                                           : !yuv                         ? std::array{n, n, n, n}
+    const std::array<Copied, 4> expected = words                           ? std::array{w, n, n, n}
+                                           : !yuv                          ? std::array{n, n, n, n}
                                            : format == PIVRA_FORMAT_NV12   ? std::array{b, w, n, n}
                                            : format == PIVRA_FORMAT_YUV400 ? std::array{b, n, n, n}
                                                                            : std::array{b, b, b, n};

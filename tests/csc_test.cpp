@@ -18,22 +18,25 @@ struct Kernel {
   pivra_csc_kernel *exported;
 };
 
-#define PIVRA_KERNEL(SOURCE, source, DESTINATION, destination)      \
-  {PIVRA_FORMAT_##SOURCE, PIVRA_FORMAT_##DESTINATION,               \
-   #source "_to_" #destination, &YuvToRgb::source##_to_##destination, \
-   PIVRA_CSC_NAME(source, destination)},
+#define PIVRA_KERNEL(SOURCE, source, DESTINATION, destination)                     \
+  {PIVRA_FORMAT_##SOURCE, PIVRA_FORMAT_##DESTINATION, #source "_to_" #destination, \
+   &YuvToRgb::source##_to_##destination, PIVRA_CSC_NAME(source, destination)},
 const std::vector<Kernel> kKernels = {PIVRA_YUV_TO_RGB_DIRECT(PIVRA_KERNEL)};
 #undef PIVRA_KERNEL
 
 int32_t row_bytes(int32_t format, int plane, int32_t width) {
   switch (format) {
     case PIVRA_FORMAT_UYVY:
-    case PIVRA_FORMAT_YUYV: return (width + 1) / 2 * 4;
+    case PIVRA_FORMAT_YUYV:
+      return (width + 1) / 2 * 4;
     case PIVRA_FORMAT_YUV420:
-    case PIVRA_FORMAT_YUV422N: return plane == 0 ? width : (width + 1) / 2;
+    case PIVRA_FORMAT_YUV422N:
+      return plane == 0 ? width : (width + 1) / 2;
     case PIVRA_FORMAT_NV12:
-    case PIVRA_FORMAT_NV21: return plane == 0 ? width : (width + 1) / 2 * 2;
-    default: return width;
+    case PIVRA_FORMAT_NV21:
+      return plane == 0 ? width : (width + 1) / 2 * 2;
+    default:
+      return width;
   }
 }
 
@@ -123,8 +126,8 @@ TEST_P(EveryLevel, TurnsAPictureUpsideDownByNegativeStrides) {
   run(1, upright);
   run(-1, turned);
   for (int32_t y = 0; y < kHeight; ++y)
-    ASSERT_EQ(0, memcmp(&upright[y * kWidth * 2], &turned[(kHeight - 1 - y) * kWidth * 2],
-                        kWidth * 2));
+    ASSERT_EQ(
+        0, memcmp(&upright[y * kWidth * 2], &turned[(kHeight - 1 - y) * kWidth * 2], kWidth * 2));
 }
 
 // All (Y, U, V): one picture for each V, a row for each U, a column for each Y.
@@ -195,7 +198,7 @@ TEST(Dispatcher, ConvertsThePairsOfTheListAndNoOthers) {
       src.desc.format = from;
       dst.desc.format = to;
       const auto before = dst.bytes[0];
-      const int32_t expected = from == to               ? PIVRA_REFUSED
+      const int32_t expected = from == to                ? PIVRA_REFUSED
                                : pairs.count({from, to}) ? PIVRA_OK
                                                          : PIVRA_UNSUPPORTED;
       ASSERT_EQ(pivra_csc(&src.desc, &dst.desc), expected) << from << " to " << to;

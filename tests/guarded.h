@@ -20,8 +20,8 @@ namespace pivra::test {
 inline std::mt19937 &random_engine() {
   static std::mt19937 engine = [] {
     const char *given = std::getenv("PIVRA_TEST_SEED");
-    const auto seed = given ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
-                            : std::random_device{}();
+    const auto seed =
+        given ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device{}();
     std::cout << "PIVRA_TEST_SEED=" << seed << std::endl;
     return std::mt19937(seed);
   }();

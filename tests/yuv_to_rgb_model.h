@@ -67,7 +67,8 @@ struct ConversionModel {
         return model_matrix(in[0].read(luma + x), in[1].read(u + x), in[2].read(v + x));
       case PIVRA_FORMAT_NV12:
       case PIVRA_FORMAT_NV21: {
-        const int32_t first = in[1].read(u + (x >> 1) * 2), second = in[1].read(u + (x >> 1) * 2 + 1);
+        const int32_t first = in[1].read(u + (x >> 1) * 2),
+                      second = in[1].read(u + (x >> 1) * 2 + 1);
         return source == PIVRA_FORMAT_NV12 ? model_matrix(in[0].read(luma + x), first, second)
                                            : model_matrix(in[0].read(luma + x), second, first);
       }
@@ -82,21 +83,30 @@ struct ConversionModel {
   }
 
   void put(ptrdiff_t at, const Colour &c) {
-    const auto [r, g, b] = c;
+    const int32_t r = c[0], g = c[1], b = c[2];
     const auto word = [&](int32_t top, int32_t bottom) {
       const int32_t w = (top >> 3) << 11 | (g >> 2) << 5 | bottom >> 3;
       bytes(at, {w & 255, w >> 8});
     };
     switch (destination) {
-      case PIVRA_FORMAT_RGB565: return word(r, b);
-      case PIVRA_FORMAT_BGR565: return word(b, r);
-      case PIVRA_FORMAT_RGB888: return bytes(at, {r, g, b});
-      case PIVRA_FORMAT_BGR888: return bytes(at, {b, g, r});
-      case PIVRA_FORMAT_RGBA8888: return bytes(at, {r, g, b, 255});
-      case PIVRA_FORMAT_BGRA8888: return bytes(at, {b, g, r, 255});
-      case PIVRA_FORMAT_ARGB8888: return bytes(at, {255, r, g, b});
-      case PIVRA_FORMAT_ABGR8888: return bytes(at, {255, b, g, r});
-      default: throw std::invalid_argument("no such destination");
+      case PIVRA_FORMAT_RGB565:
+        return word(r, b);
+      case PIVRA_FORMAT_BGR565:
+        return word(b, r);
+      case PIVRA_FORMAT_RGB888:
+        return bytes(at, {r, g, b});
+      case PIVRA_FORMAT_BGR888:
+        return bytes(at, {b, g, r});
+      case PIVRA_FORMAT_RGBA8888:
+        return bytes(at, {r, g, b, 255});
+      case PIVRA_FORMAT_BGRA8888:
+        return bytes(at, {b, g, r, 255});
+      case PIVRA_FORMAT_ARGB8888:
+        return bytes(at, {255, r, g, b});
+      case PIVRA_FORMAT_ABGR8888:
+        return bytes(at, {255, b, g, r});
+      default:
+        throw std::invalid_argument("no such destination");
     }
   }
   void bytes(ptrdiff_t at, std::initializer_list<int32_t> values) {
@@ -106,8 +116,8 @@ struct ConversionModel {
   // A row in blocks of 8, then a tail two pixels at a time.
   void row_by_row() {
     const bool exact = from({PIVRA_FORMAT_YUV444, PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV422W});
-    const bool one_step_first = to({PIVRA_FORMAT_RGB888}) && !exact &&
-                                !from({PIVRA_FORMAT_UYVY, PIVRA_FORMAT_YUYV});
+    const bool one_step_first =
+        to({PIVRA_FORMAT_RGB888}) && !exact && !from({PIVRA_FORMAT_UYVY, PIVRA_FORMAT_YUYV});
     for (int32_t y = 0; y < height; ++y) {
       const ptrdiff_t chroma = halves_height() ? y >> 1 : y;
       ptrdiff_t to_byte = ptrdiff_t{y} * dst_stride;

@@ -33,9 +33,7 @@ std::string targets_text(const FormatInfo &from) {
   return text.empty() ? "-" : every ? "every RGB format" : text.substr(1);
 }
 
-std::string or_dash(std::string_view name) {
-  return std::string(name.empty() ? "-" : name);
-}
+std::string or_dash(std::string_view name) { return std::string(name.empty() ? "-" : name); }
 
 void print_row(std::string_view code, std::string_view name, std::string_view planes,
                std::string_view ffmpeg, std::string_view gstreamer, std::string_view targets) {

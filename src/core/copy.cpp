@@ -33,7 +33,8 @@ void copy_run(const uint8_t *src, uint8_t *dst, ptrdiff_t samples) {
 
 void copy_rows(const uint8_t *src, size_t row_bytes, int32_t height, ptrdiff_t src_stride,
                ptrdiff_t dst_stride, uint8_t *dst) {
-  for (ptrdiff_t y = 0; y < height; ++y) memcpy(dst + y * dst_stride, src + y * src_stride, row_bytes);
+  for (ptrdiff_t y = 0; y < height; ++y)
+    memcpy(dst + y * dst_stride, src + y * src_stride, row_bytes);
 }
 
 // Whole pixels, with nothing peculiar about any size.

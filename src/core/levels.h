@@ -13,8 +13,7 @@
 // kind has, to the strongest. CMakeLists.txt gives each its compiler flags.
 #if defined(__x86_64__)
 #define PIVRA_FOR_EACH_LEVEL(DO, ...) \
-  DO(sse2, __VA_ARGS__) DO(avx2, __VA_ARGS__) \
-  DO(avx512, __VA_ARGS__)
+  DO(sse2, __VA_ARGS__) DO(avx2, __VA_ARGS__) DO(avx512, __VA_ARGS__)
 #elif defined(__ARM_NEON)
 #define PIVRA_FOR_EACH_LEVEL(DO, ...) DO(neon, __VA_ARGS__)
 #else

@@ -3,12 +3,12 @@
 #include "pivra.h"
 
 // Exported kernels of a family: handed on to the chosen level.
-#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination)                                   \
-  void PIVRA_CSC_NAME(source, destination)(uint8_t * *src, int32_t * width, int32_t * height,    \
-                                           int32_t * src_stride, int32_t * dst_stride,           \
-                                           uint8_t * *dst) {                                     \
-    pivra::chosen(pivra::yuv_to_rgb_tables)                                                      \
-        .source##_to_##destination(src, width, height, src_stride, dst_stride, dst);             \
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination)                                \
+  void PIVRA_CSC_NAME(source, destination)(uint8_t * *src, int32_t * width, int32_t * height, \
+                                           int32_t * src_stride, int32_t * dst_stride,        \
+                                           uint8_t * *dst) {                                  \
+    pivra::chosen(pivra::yuv_to_rgb_tables)                                                   \
+        .source##_to_##destination(src, width, height, src_stride, dst_stride, dst);          \
   }
 PIVRA_YUV_TO_RGB_DIRECT(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
@@ -30,12 +30,12 @@ void put_u_first(uint8_t **planes, int32_t *strides) {
 
 }  // namespace
 
-#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination)                                   \
-  void PIVRA_CSC_NAME(source, destination)(uint8_t * *src, int32_t * width, int32_t * height,    \
-                                           int32_t * src_stride, int32_t * dst_stride,           \
-                                           uint8_t * *dst) {                                     \
-    put_u_first(src, src_stride);                                                                \
-    PIVRA_CSC_NAME(yuv420, destination)(src, width, height, src_stride, dst_stride, dst);        \
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination)                                \
+  void PIVRA_CSC_NAME(source, destination)(uint8_t * *src, int32_t * width, int32_t * height, \
+                                           int32_t * src_stride, int32_t * dst_stride,        \
+                                           uint8_t * *dst) {                                  \
+    put_u_first(src, src_stride);                                                             \
+    PIVRA_CSC_NAME(yuv420, destination)(src, width, height, src_stride, dst_stride, dst);     \
   }
 PIVRA_YV12_TO_RGB(PIVRA_DEFINE)
 #undef PIVRA_DEFINE

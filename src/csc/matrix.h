@@ -58,7 +58,7 @@ PIVRA_INLINE ChromaTerms chroma_terms(Twos chroma) {
   constexpr int kV = 1 - kU;
   Centred c = centre(chroma);
   return {add_half<kV>(splat<kShift>() + weigh<kV, 204>(c), c),
-          splat<kShift>() - weigh_both<kU == 0 ? 50 : 104, kU == 0 ? 104 : 50>(c),
+          splat<kShift>() - weigh_both < kU == 0 ? 50 : 104, kU == 0 ? 104 : 50 > (c),
           splat<kShift / 2>() + weigh<kU, 129>(c)};
 }
 

@@ -31,8 +31,10 @@ struct Plan {
   ptrdiff_t luma_stride, chroma_stride[2], dst_stride;
 };
 
-__attribute__((always_inline)) inline Plan plan_walk(Walk walk, const int32_t *width, const int32_t *height,
-                                             const int32_t *src_stride, const int32_t *dst_stride) {
+__attribute__((always_inline)) inline Plan plan_walk(Walk walk, const int32_t *width,
+                                                     const int32_t *height,
+                                                     const int32_t *src_stride,
+                                                     const int32_t *dst_stride) {
   const int32_t w = width[0];
   Plan plan = {w, 0, src_stride[0], {src_stride[1], src_stride[2]}, dst_stride[0]};
   const bool odd = w & 1, pairs_of_rows = w % 4 == 0;
@@ -53,8 +55,7 @@ __attribute__((always_inline)) inline Plan plan_walk(Walk walk, const int32_t *w
       if (!pairs_of_rows) plan.chroma_phase = height[0] & 1;
       [[fallthrough]];
     case Walk::kBlocks:
-      if (pairs_of_rows || walk == Walk::kRows)
-        plan.chroma_stride[1] = plan.chroma_stride[0];
+      if (pairs_of_rows || walk == Walk::kRows) plan.chroma_stride[1] = plan.chroma_stride[0];
       break;
   }
   return plan;

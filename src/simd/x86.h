@@ -86,7 +86,7 @@ PIVRA_INLINE I16 weigh_both(Centred c) {
 }
 template <int which, uint8_t k>
 PIVRA_INLINE I16 weigh(Centred c) {
-  return weigh_both<which == 0 ? k : 0, which == 0 ? 0 : k>(c);
+  return weigh_both < which == 0 ? k : 0, which == 0 ? 0 : k > (c);
 }
 template <int which>
 PIVRA_INLINE I16 add_half(I16 i, Centred c) {

@@ -80,8 +80,7 @@ template <int k>
 PIVRA_INLINE void store_triples(uint8_t *p, Bytes a, Bytes b, Bytes c) {
   const __m512i order = _mm512_load_si512(&kFirstTwoOfTriples<k>);
   const __m512i ab = _mm512_permutex2var_epi8((__m512i)a, order, (__m512i)b);
-  store(p + 64 * k,
-        (U8)_mm512_mask_permutexvar_epi8(ab, third_of_triples<k>(), order, (__m512i)c));
+  store(p + 64 * k, (U8)_mm512_mask_permutexvar_epi8(ab, third_of_triples<k>(), order, (__m512i)c));
 }
 PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
   store_triples<0>(p, a, b, c);

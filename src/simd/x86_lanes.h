@@ -36,8 +36,7 @@ PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, 
 PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
   Pixels32 q = pixels32(a, b, c, c);
   for (U8 &v : q.v) v = drop_fourth_bytes(v);
-  const U8 packed[] = {q.v[0] | shift_up<12>(q.v[1]),
-                       shift_down<4>(q.v[1]) | shift_up<8>(q.v[2]),
+  const U8 packed[] = {q.v[0] | shift_up<12>(q.v[1]), shift_down<4>(q.v[1]) | shift_up<8>(q.v[2]),
                        shift_down<8>(q.v[2]) | shift_up<4>(q.v[3])};
   return store_lanes(p, packed);
 }
