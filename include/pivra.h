@@ -305,7 +305,7 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   PIVRA_YUV_TO_RGB_DIRECT(KERNEL) \
   PIVRA_YV12_TO_RGB(KERNEL)
 
-/** Every pair that pivra_csc converts. */
+/** Every pair that pivra_csc converts: the families above. */
 #define PIVRA_CSC_PAIRS(KERNEL) PIVRA_YUV_TO_RGB(KERNEL)
 
 /** The name of the kernel for a pair. */
