@@ -71,8 +71,11 @@ PIVRA_INLINE I16 add_half(I16 i, Centred c) {
 
 template <uint8_t k, int16_t offset>
 PIVRA_INLINE Pair<I16> scale(Samples s) {
-  const auto one = [](Narrow n) { return vreinterpretq_s16_u16(vmull_u8(n, vdup_n_u8(k))); };
-  return {one(s.even) - splat<offset>(), one(s.odd) - splat<offset>()};
+  const auto one = [](Narrow n) {
+    const uint16x8_t scaled = vmull_u8(n, vdup_n_u8(k));
+    return vreinterpretq_s16_u16(vsubq_u16(scaled, vdupq_n_u16(offset)));
+  };
+  return {one(s.even), one(s.odd)};
 }
 PIVRA_INLINE I16 add_saturated(I16 a, I16 b) { return vqaddq_s16(a, b); }
 

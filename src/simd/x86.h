@@ -70,9 +70,9 @@ PIVRA_INLINE Twos odd_twos(Samples first, Samples second) {
 }
 
 // A multiplication by a constant, kept from becoming shifts and adds.
-PIVRA_INLINE I16 times(I16 i, I16 k) {
+PIVRA_INLINE U16 times(I16 i, I16 k) {
   asm("" : "+x"(k));
-  return i * k;
+  return (U16)i * (U16)k;
 }
 
 #if defined(__SSSE3__)
@@ -101,7 +101,7 @@ struct Centred {
 PIVRA_INLINE Centred centre(Twos t) { return {{low_bytes(t) - 128, high_bytes(t) - 128}}; }
 template <int which, int16_t k>
 PIVRA_INLINE I16 weigh(Centred c) {
-  return times(c.n[which], splat<k>());
+  return (I16)times(c.n[which], splat<k>());
 }
 template <int16_t k0, int16_t k1>
 PIVRA_INLINE I16 weigh_both(Centred c) {
@@ -122,7 +122,8 @@ PIVRA_INLINE Pair<I16> scale(Samples s) {
   const I16 rest = splat<128 * k - offset>();
   return {multiply_add_bytes(even, s ^ 0x80) + rest, multiply_add_bytes(odd, s ^ 0x80) + rest};
 #else
-  return {times(low_bytes(s), splat<k>()) - offset, times(high_bytes(s), splat<k>()) - offset};
+  const U16 even = times(low_bytes(s), splat<k>()), odd = times(high_bytes(s), splat<k>());
+  return {(I16)(even - uint16_t{offset}), (I16)(odd - uint16_t{offset})};
 #endif
 }
 
