@@ -106,7 +106,7 @@ struct Planes {
   explicit Planes(int32_t format) {
     desc.format = format;
     for (int plane = 0; plane < 4; ++plane) {
-      bytes[plane] = random_bytes(64 * 8);
+      bytes[plane] = noise(64 * 8);
       desc.plane[plane] = bytes[plane].data();
       desc.width[plane] = 16;
       desc.height[plane] = 8;

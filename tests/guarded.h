@@ -32,15 +32,19 @@ inline int32_t random_in(int32_t low, int32_t high) {
   return std::uniform_int_distribution<int32_t>(low, high)(random_engine());
 }
 
-// Random bytes, only the two extremes, or one value throughout.
-inline std::vector<uint8_t> random_bytes(size_t count) {
+inline std::vector<uint8_t> noise(size_t count) {
   std::vector<uint8_t> bytes(count);
+  for (uint8_t &b : bytes) b = static_cast<uint8_t>(random_engine()());
+  return bytes;
+}
+
+// Noise mostly; sometimes only the two extremes, or one value throughout.
+inline std::vector<uint8_t> random_bytes(size_t count) {
+  std::vector<uint8_t> bytes = noise(count);
   const int kind = random_in(0, 4);
-  const auto same = static_cast<uint8_t>(random_engine()());
-  for (uint8_t &b : bytes) {
-    const auto r = static_cast<uint8_t>(random_engine()());
-    b = kind == 0 ? (r & 1 ? 255 : 0) : kind == 1 ? same : r;
-  }
+  if (kind == 0)
+    for (uint8_t &b : bytes) b = b & 1 ? 255 : 0;
+  if (kind == 1) std::fill(bytes.begin(), bytes.end(), static_cast<uint8_t>(random_engine()()));
   return bytes;
 }
 
