@@ -10,12 +10,14 @@
 #include "core/levels.h"
 #include "csc/repack.h"
 #include "csc/yuv_to_rgb.h"
+#include "tile/tiled_to_rgb.h"
 
 namespace pivra {
 
 namespace plain {
 extern const YuvToRgb yuv_to_rgb;
 extern const Repack repack;
+extern const TiledToRgb tiled_to_rgb;
 }  // namespace plain
 
 namespace test {
@@ -24,6 +26,7 @@ struct LevelUnderTest {
   std::string name;
   const YuvToRgb &yuv_to_rgb;
   const Repack &repack;
+  const TiledToRgb &tiled_to_rgb;
 
   friend std::ostream &operator<<(std::ostream &out, const LevelUnderTest &level) {
     return out << level.name;
@@ -31,10 +34,12 @@ struct LevelUnderTest {
 };
 
 inline std::vector<LevelUnderTest> levels_under_test() {
-  std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb, plain::repack}};
+  std::vector<LevelUnderTest> found = {
+      {"plain", plain::yuv_to_rgb, plain::repack, plain::tiled_to_rgb}};
   for (size_t i = 0; i < kLevels; ++i)
     if (levels[i].supported() && levels[i].name != found[0].name)
-      found.push_back({levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i]});
+      found.push_back(
+          {levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i], *tiled_to_rgb_tables[i]});
   return found;
 }
 
