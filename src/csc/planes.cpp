@@ -7,6 +7,15 @@ namespace {
 
 const pivra::Repack &rows() { return pivra::chosen(pivra::repack_tables); }
 
+// Rows without padding on any side are one long row.
+struct Runs {
+  ptrdiff_t length, count;
+};
+Runs runs(int32_t width, int32_t height, bool packed) {
+  if (packed && height > 0) return {ptrdiff_t{width} * height, 1};
+  return {width, height};
+}
+
 }  // namespace
 
 void pivra_csc_1x1_to_1x2(const uint8_t *src, int32_t width, int32_t height, int32_t src_stride,
@@ -27,19 +36,23 @@ void pivra_csc_1x2_to_1x1(const uint8_t *src, int32_t width, int32_t height, int
 
 void pivra_csc_8b8b_pck(const uint8_t *a, const uint8_t *b, int32_t width, int32_t height,
                         int32_t a_stride, int32_t b_stride, int32_t dst_stride, uint8_t *dst) {
+  const bool packed = a_stride == width && b_stride == width && dst_stride / 2 == width;
+  const Runs run = runs(width, height, packed && dst_stride % 2 == 0);
   const auto interleave = rows().interleave;
-  for (ptrdiff_t y = 0; y < height; ++y)
-    interleave(a + y * a_stride, b + y * b_stride, width, dst + y * dst_stride);
+  for (ptrdiff_t y = 0; y < run.count; ++y)
+    interleave(a + y * a_stride, b + y * b_stride, run.length, dst + y * dst_stride);
 }
 
 void pivra_csc_8b8b_unpck(const uint8_t *src, int32_t width, int32_t height, int32_t src_stride,
                           int32_t a_stride, int32_t b_stride, uint8_t *a, uint8_t *b) {
   if (width <= 0) return;
+  const int32_t pairs = width / 2;
+  const bool packed = src_stride == 2 * pairs && a_stride == pairs && b_stride == pairs;
+  const Runs run = runs(pairs, height, packed && width == src_stride);
   const auto deinterleave = rows().deinterleave;
-  const ptrdiff_t pairs = width / 2;
-  for (ptrdiff_t y = 0; y < height; ++y) {
+  for (ptrdiff_t y = 0; y < run.count; ++y) {
     const uint8_t *row = src + y * src_stride;
-    deinterleave(row, pairs, a + y * a_stride, b + y * b_stride);
+    deinterleave(row, run.length, a + y * a_stride, b + y * b_stride);
     if (width & 1) a[y * a_stride + pairs] = row[2 * pairs];
   }
 }
