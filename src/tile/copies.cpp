@@ -8,31 +8,47 @@
 namespace pivra {
 namespace {
 
-// One row of a tile is far from the next in the linear plane, so that a row at a
-// time is asked for ahead.
-constexpr ptrdiff_t kAhead = 192;
+// Rows of one plane follow each other in memory, those of the other are far apart.
+constexpr ptrdiff_t kPrefetch = 192;
 
 typedef uint8_t Chunk __attribute__((vector_size(16), aligned(1), may_alias));
-constexpr int32_t kChunk = sizeof(Chunk);
 
-// Rows of a tile, whole ones of kFull bytes by vectors.
+template <int32_t kBytes>
+inline void copy_row(const uint8_t *src, uint8_t *dst) {
+#if defined(__arm__)
+  // No intrinsic of GCC 12 loads more than two registers as they are.
+  if constexpr (kBytes == 64) {
+    asm volatile(
+        "vld1.8 {d16-d19}, [%[src]]!\n\t"
+        "vld1.8 {d20-d23}, [%[src]]\n\t"
+        "vst1.8 {d16-d19}, [%[dst]]!\n\t"
+        "vst1.8 {d20-d23}, [%[dst]]"
+        : [src] "+r"(src), [dst] "+r"(dst)
+        :
+        : "d16", "d17", "d18", "d19", "d20", "d21", "d22", "d23", "memory");
+    return;
+  }
+#endif
+  if constexpr (kBytes % sizeof(Chunk) == 0)
+    for (size_t x = 0; x < kBytes; x += sizeof(Chunk))
+      *reinterpret_cast<Chunk *>(dst + x) = *reinterpret_cast<const Chunk *>(src + x);
+  else
+    memcpy(dst, src, kBytes);
+}
+
+// Rows of a tile. Those of whole tiles, kFull bytes, are moved without a call.
 template <int32_t kFull>
 void copy_rows(const uint8_t *src, ptrdiff_t src_stride, int32_t bytes, int32_t rows, uint8_t *dst,
                ptrdiff_t dst_stride) {
-  if (bytes == kFull && kFull % kChunk == 0) {
-    for (; rows > 0; --rows) {
-      __builtin_prefetch(src + kAhead);
-      for (int32_t x = 0; x < kFull; x += kChunk)
-        *reinterpret_cast<Chunk *>(dst + x) = *reinterpret_cast<const Chunk *>(src + x);
-      src += src_stride;
-      dst += dst_stride;
-    }
-  } else {
-    for (; rows > 0; --rows) {
+  for (; rows > 0; --rows) {
+    if (bytes == kFull) {
+      __builtin_prefetch(src + kPrefetch);
+      copy_row<kFull>(src, dst);
+    } else {
       memcpy(dst, src, static_cast<size_t>(bytes));
-      src += src_stride;
-      dst += dst_stride;
     }
+    src += src_stride;
+    dst += dst_stride;
   }
 }
 
@@ -43,6 +59,30 @@ void copy_to_linear(const uint8_t *src, int32_t width, int32_t height, int32_t d
     copy_rows<kLayout.width>(src + tile_offset(kLayout, width, height, tile.x, tile.y),
                              kLayout.width, tile.columns, tile.rows,
                              dst + ptrdiff_t{tile.y} * dst_stride + tile.x, dst_stride);
+  });
+}
+
+// Tiles of byte pairs to two planes: a whole tile at once and then by rows, which
+// step by full_stride_b in plane b.
+template <TileLayout kLayout>
+void unpack_to_linear(const uint8_t *src, int32_t width, int32_t height, int32_t stride_a,
+                      uint8_t *dst_a, int32_t stride_b, int32_t full_stride_b, uint8_t *dst_b) {
+  constexpr int32_t kPairs = kLayout.width / 2;
+  const auto deinterleave = chosen(repack_tables).deinterleave;
+  for_each_tile<kLayout>(width, height, [=](const Tile &tile) {
+    const uint8_t *from = src + tile_offset(kLayout, width, height, tile.x, tile.y);
+    uint8_t *a = dst_a + ptrdiff_t{tile.y} * stride_a + tile.x / 2;
+    uint8_t *b = dst_b + ptrdiff_t{tile.y} * stride_b + tile.x / 2;
+    if (tile.columns == kLayout.width) {
+      uint8_t tile_a[kPairs * kLayout.rows], tile_b[kPairs * kLayout.rows];
+      deinterleave(from, kPairs * tile.rows, tile_a, tile_b);
+      copy_rows<kPairs>(tile_a, kPairs, kPairs, tile.rows, a, stride_a);
+      copy_rows<kPairs>(tile_b, kPairs, kPairs, tile.rows, b, full_stride_b);
+    } else {
+      for (ptrdiff_t row = 0; row < tile.rows; ++row)
+        deinterleave(from + row * kLayout.width, tile.columns / 2, a + row * stride_a,
+                     b + row * stride_b);
+    }
   });
 }
 
@@ -73,15 +113,7 @@ void pivra_csc_copy_tiles_to_linear(const uint8_t *src, int32_t width, int32_t h
 void pivra_csc_unpack_tiles_to_linear(const uint8_t *src, int32_t width, int32_t height,
                                       int32_t stride_a, uint8_t *dst_a, int32_t stride_b,
                                       uint8_t *dst_b) {
-  const auto deinterleave = chosen(repack_tables).deinterleave;
-  for_each_tile<k64x32>(width, height, [=](const Tile &tile) {
-    const uint8_t *from = src + zigzag_offset(width, height, tile.x, tile.y);
-    uint8_t *a = dst_a + ptrdiff_t{tile.y} * stride_a + tile.x / 2;
-    uint8_t *b = dst_b + ptrdiff_t{tile.y} * stride_b + tile.x / 2;
-    for (ptrdiff_t row = 0; row < tile.rows; ++row)
-      deinterleave(from + row * k64x32.width, tile.columns / 2, a + row * stride_a,
-                   b + row * stride_b);
-  });
+  unpack_to_linear<k64x32>(src, width, height, stride_a, dst_a, stride_b, stride_b, dst_b);
 }
 
 void pivra_csc_swap_8byte8(uint8_t *buf, int32_t width, int32_t height) {
@@ -110,16 +142,7 @@ void pivra_csc_copy_8x4tiles_to_linear(const uint8_t *src, int32_t width, int32_
 void pivra_csc_unpack_16x8tiles_to_linear(const uint8_t *src, int32_t width, int32_t height,
                                           int32_t stride_a, uint8_t *dst_a, int32_t stride_b,
                                           uint8_t *dst_b) {
-  const auto deinterleave = chosen(repack_tables).deinterleave;
-  for_each_tile<k16x8>(width, height, [=](const Tile &tile) {
-    const uint8_t *from = src + tile_offset(k16x8, width, height, tile.x, tile.y);
-    uint8_t *a = dst_a + ptrdiff_t{tile.y} * stride_a + tile.x / 2;
-    uint8_t *b = dst_b + ptrdiff_t{tile.y} * stride_b + tile.x / 2;
-    const int32_t step_b = tile.columns == k16x8.width ? stride_a : stride_b;
-    for (ptrdiff_t row = 0; row < tile.rows; ++row)
-      deinterleave(from + row * k16x8.width, tile.columns / 2, a + row * stride_a,
-                   b + row * step_b);
-  });
+  unpack_to_linear<k16x8>(src, width, height, stride_a, dst_a, stride_b, stride_a, dst_b);
 }
 
 // The conversions. w x h is the luma size; interleaved chroma has h / 2 rows.
@@ -177,13 +200,21 @@ void pivra_csc_yuv420_to_t64x32(uint8_t **src, int32_t *width, int32_t *height, 
                              tile.columns, tile.rows, dst[0] + zigzag_offset(w, h, tile.x, tile.y),
                              kLayout.width);
   });
+  constexpr int32_t kPairs = kLayout.width / 2;
   const auto interleave = chosen(repack_tables).interleave;
   for_each_tile<kLayout>(w, h >> 1, [=](const Tile &tile) {
     const uint8_t *u = src[1] + ptrdiff_t{tile.y} * src_stride[1] + tile.x / 2;
     const uint8_t *v = src[2] + ptrdiff_t{tile.y} * src_stride[2] + tile.x / 2;
     uint8_t *to = dst[1] + zigzag_offset(w, h >> 1, tile.x, tile.y);
-    for (ptrdiff_t row = 0; row < tile.rows; ++row)
-      interleave(u + row * src_stride[1], v + row * src_stride[2], (tile.columns + 1) / 2,
-                 to + row * kLayout.width);
+    if (tile.columns == kLayout.width) {
+      uint8_t tile_u[kPairs * kLayout.rows], tile_v[kPairs * kLayout.rows];
+      copy_rows<kPairs>(u, src_stride[1], kPairs, tile.rows, tile_u, kPairs);
+      copy_rows<kPairs>(v, src_stride[2], kPairs, tile.rows, tile_v, kPairs);
+      interleave(tile_u, tile_v, kPairs * tile.rows, to);
+    } else {
+      for (ptrdiff_t row = 0; row < tile.rows; ++row)
+        interleave(u + row * src_stride[1], v + row * src_stride[2], (tile.columns + 1) / 2,
+                   to + row * kLayout.width);
+    }
   });
 }

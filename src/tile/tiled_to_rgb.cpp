@@ -62,8 +62,11 @@ void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t 
       const int32_t second = lone ? row : row + 1;
       SourceRows<2> in = {{luma + row * kLuma.width, luma + second * kLuma.width},
                           {chroma + (row >> 1) * kChroma.width, nullptr}};
-      convert_rows<Nv12, Target>(in, TargetRows<2>{{out + line(row), out + line(second)}},
-                                 tile.columns);
+      TargetRows<2> to = {{out + line(row), out + line(second)}};
+      if (tile.columns == kLuma.width)
+        convert_rows<Nv12, Target>(in, to, kLuma.width);
+      else
+        convert_rows<Nv12, Target>(in, to, tile.columns);
       row = second + 1;
     }
   });
