@@ -173,7 +173,7 @@ class Pictures(ToolTest):
                  if line[:4].strip().isdigit()}
         self.assertEqual(len(table), 23)
         self.assertRegex(table["nv12"], r"^ +6 .* w\*h \+ w/2\*h/2\*2 .* NV12 +every RGB format$")
-        self.assertRegex(table["yuv422w"], r"yuv440p +- +rgb565 bgr565$")
+        self.assertRegex(table["yuv422w"], r"yuv440p( +-){3} +rgb565 bgr565$")
         self.assertRegex(self.run_tool("--version").decode(), r"^pivra \d+\.\d+\.\d+\n$")
         self.assertIn(b"convert", self.run_tool("--help"))
         said = self.start("convert", "clip.y4m", "/dev/null", "--stats").stderr.decode()
