@@ -67,7 +67,12 @@ struct FormatInfo {
   std::int32_t code;                  /**< One of PIVRA_FORMAT_... */
   std::string_view name;              /**< As in pivra.h, in lower case. */
   std::span<const PlaneShape> planes; /**< Empty for tiled formats. */
-  std::string_view ffmpeg, gstreamer; /**< Names elsewhere; empty if there is none. */
+  /**
+   * The same layout elsewhere, empty if it has no name there. V4L2 names go without
+   * V4L2_PIX_FMT_, DRM names without DRM_FORMAT_; DRM lists the bytes of a pixel from
+   * the last to the first. Names tell the layout only, not range or matrix.
+   */
+  std::string_view ffmpeg, gstreamer, v4l2, drm;
 
   /** Whether the samples lie in rows, so that sizes and strides describe a picture. */
   constexpr bool linear() const { return !planes.empty(); }
@@ -89,29 +94,29 @@ inline constexpr PlaneShape kPixels24[] = {{0, 0, 3}};
 inline constexpr PlaneShape kPixels32[] = {{0, 0, 4}};
 
 inline constexpr FormatInfo kFormats[] = {
-    {PIVRA_FORMAT_YUV400, "yuv400", kGrey, "gray", "GRAY8"},
-    {PIVRA_FORMAT_YUV420, "yuv420", kPlanar420, "yuv420p", "I420"},
-    {PIVRA_FORMAT_YUV422N, "yuv422n", kPlanar422, "yuv422p", "Y42B"},
-    {PIVRA_FORMAT_YUV444, "yuv444", kPlanar444, "yuv444p", "Y444"},
-    {PIVRA_FORMAT_YV12, "yv12", kPlanar420, "", "YV12"},
-    {PIVRA_FORMAT_YV16, "yv16", kPlanar422, "", ""},
-    {PIVRA_FORMAT_NV12, "nv12", kSemiPlanar420, "nv12", "NV12"},
-    {PIVRA_FORMAT_NV21, "nv21", kSemiPlanar420, "nv21", "NV21"},
-    {PIVRA_FORMAT_YUV422W, "yuv422w", kPlanar440, "yuv440p", ""},
-    {PIVRA_FORMAT_T64X32, "t64x32", {}, "", ""},
-    {PIVRA_FORMAT_T16X16, "t16x16", {}, "", ""},
-    {PIVRA_FORMAT_T8X8, "t8x8", {}, "", ""},
-    {PIVRA_FORMAT_T256X16, "t256x16", {}, "", ""},
-    {PIVRA_FORMAT_UYVY, "uyvy", kPacked422, "uyvy422", "UYVY"},
-    {PIVRA_FORMAT_YUYV, "yuyv", kPacked422, "yuyv422", "YUY2"},
-    {PIVRA_FORMAT_RGB565, "rgb565", kPixels16, "rgb565le", "RGB16"},
-    {PIVRA_FORMAT_BGR565, "bgr565", kPixels16, "bgr565le", "BGR16"},
-    {PIVRA_FORMAT_RGB888, "rgb888", kPixels24, "rgb24", "RGB"},
-    {PIVRA_FORMAT_BGR888, "bgr888", kPixels24, "bgr24", "BGR"},
-    {PIVRA_FORMAT_RGBA8888, "rgba8888", kPixels32, "rgba", "RGBA"},
-    {PIVRA_FORMAT_BGRA8888, "bgra8888", kPixels32, "bgra", "BGRA"},
-    {PIVRA_FORMAT_ARGB8888, "argb8888", kPixels32, "argb", "ARGB"},
-    {PIVRA_FORMAT_ABGR8888, "abgr8888", kPixels32, "abgr", "ABGR"},
+    {PIVRA_FORMAT_YUV400, "yuv400", kGrey, "gray", "GRAY8", "GREY", ""},
+    {PIVRA_FORMAT_YUV420, "yuv420", kPlanar420, "yuv420p", "I420", "YUV420", "YUV420"},
+    {PIVRA_FORMAT_YUV422N, "yuv422n", kPlanar422, "yuv422p", "Y42B", "YUV422P", "YUV422"},
+    {PIVRA_FORMAT_YUV444, "yuv444", kPlanar444, "yuv444p", "Y444", "YUV444M", "YUV444"},
+    {PIVRA_FORMAT_YV12, "yv12", kPlanar420, "", "YV12", "YVU420", "YVU420"},
+    {PIVRA_FORMAT_YV16, "yv16", kPlanar422, "", "", "YVU422M", "YVU422"},
+    {PIVRA_FORMAT_NV12, "nv12", kSemiPlanar420, "nv12", "NV12", "NV12", "NV12"},
+    {PIVRA_FORMAT_NV21, "nv21", kSemiPlanar420, "nv21", "NV21", "NV21", "NV21"},
+    {PIVRA_FORMAT_YUV422W, "yuv422w", kPlanar440, "yuv440p", "", "", ""},
+    {PIVRA_FORMAT_T64X32, "t64x32", {}, "", "NV12_64Z32", "NV12MT", ""},
+    {PIVRA_FORMAT_T16X16, "t16x16", {}, "", "", "", ""},
+    {PIVRA_FORMAT_T8X8, "t8x8", {}, "", "", "", ""},
+    {PIVRA_FORMAT_T256X16, "t256x16", {}, "", "", "", ""},
+    {PIVRA_FORMAT_UYVY, "uyvy", kPacked422, "uyvy422", "UYVY", "UYVY", "UYVY"},
+    {PIVRA_FORMAT_YUYV, "yuyv", kPacked422, "yuyv422", "YUY2", "YUYV", "YUYV"},
+    {PIVRA_FORMAT_RGB565, "rgb565", kPixels16, "rgb565le", "RGB16", "RGB565", "RGB565"},
+    {PIVRA_FORMAT_BGR565, "bgr565", kPixels16, "bgr565le", "BGR16", "", "BGR565"},
+    {PIVRA_FORMAT_RGB888, "rgb888", kPixels24, "rgb24", "RGB", "RGB24", "BGR888"},
+    {PIVRA_FORMAT_BGR888, "bgr888", kPixels24, "bgr24", "BGR", "BGR24", "RGB888"},
+    {PIVRA_FORMAT_RGBA8888, "rgba8888", kPixels32, "rgba", "RGBA", "RGBA32", "ABGR8888"},
+    {PIVRA_FORMAT_BGRA8888, "bgra8888", kPixels32, "bgra", "BGRA", "ABGR32", "ARGB8888"},
+    {PIVRA_FORMAT_ARGB8888, "argb8888", kPixels32, "argb", "ARGB", "ARGB32", "BGRA8888"},
+    {PIVRA_FORMAT_ABGR8888, "abgr8888", kPixels32, "abgr", "ABGR", "BGRA32", "RGBA8888"},
 };
 
 struct FormatPair {
