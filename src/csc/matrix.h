@@ -56,9 +56,10 @@ constexpr int16_t kLumaOffset = 2320 + kShift;
 template <int kU>
 PIVRA_INLINE ChromaTerms chroma_terms(Twos chroma) {
   constexpr int kV = 1 - kU;
+  constexpr uint8_t kFirst = kU == 0 ? 50 : 104, kSecond = 50 + 104 - kFirst;
   Centred c = centre(chroma);
   return {add_half<kV>(splat<kShift>() + weigh<kV, 204>(c), c),
-          splat<kShift>() - weigh_both < kU == 0 ? 50 : 104, kU == 0 ? 104 : 50 > (c),
+          splat<kShift>() - weigh_both<kFirst, kSecond>(c),
           splat<kShift / 2>() + weigh<kU, 129>(c)};
 }
 

@@ -96,7 +96,8 @@ PIVRA_INLINE I16 weigh_both(Centred c) {
 }
 template <int which, uint8_t k>
 PIVRA_INLINE I16 weigh(Centred c) {
-  return weigh_both < which == 0 ? k : 0, which == 0 ? 0 : k > (c);
+  constexpr uint8_t k0 = which == 0 ? k : 0;
+  return weigh_both<k0, k - k0>(c);
 }
 template <int which>
 PIVRA_INLINE I16 add_half(I16 i, Centred c) {
