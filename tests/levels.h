@@ -9,6 +9,8 @@
 
 #include "core/levels.h"
 #include "csc/repack.h"
+#include "csc/rgb_to_rgb.h"
+#include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
 #include "tile/tiled_to_rgb.h"
 
@@ -18,6 +20,8 @@ namespace plain {
 extern const YuvToRgb yuv_to_rgb;
 extern const Repack repack;
 extern const TiledToRgb tiled_to_rgb;
+extern const RgbToYuv rgb_to_yuv;
+extern const RgbToRgb rgb_to_rgb;
 }  // namespace plain
 
 namespace test {
@@ -27,6 +31,8 @@ struct LevelUnderTest {
   const YuvToRgb &yuv_to_rgb;
   const Repack &repack;
   const TiledToRgb &tiled_to_rgb;
+  const RgbToYuv &rgb_to_yuv;
+  const RgbToRgb &rgb_to_rgb;
 
   friend std::ostream &operator<<(std::ostream &out, const LevelUnderTest &level) {
     return out << level.name;
@@ -34,12 +40,12 @@ struct LevelUnderTest {
 };
 
 inline std::vector<LevelUnderTest> levels_under_test() {
-  std::vector<LevelUnderTest> found = {
-      {"plain", plain::yuv_to_rgb, plain::repack, plain::tiled_to_rgb}};
+  std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb, plain::repack,
+                                        plain::tiled_to_rgb, plain::rgb_to_yuv, plain::rgb_to_rgb}};
   for (size_t i = 0; i < kLevels; ++i)
     if (levels[i].supported() && levels[i].name != found[0].name)
-      found.push_back(
-          {levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i], *tiled_to_rgb_tables[i]});
+      found.push_back({levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i],
+                       *tiled_to_rgb_tables[i], *rgb_to_yuv_tables[i], *rgb_to_rgb_tables[i]});
   return found;
 }
 

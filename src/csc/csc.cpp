@@ -1,4 +1,6 @@
 // The conversion dispatcher, and the exported kernels that it chooses among.
+#include "csc/rgb_to_rgb.h"
+#include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
 #include "pivra.h"
 #include "tile/tiled_to_rgb.h"
@@ -18,6 +20,14 @@ PIVRA_YUV_TO_RGB_DIRECT(PIVRA_DEFINE)
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
   PIVRA_HAND_ON(tiled_to_rgb, source, destination)
 PIVRA_TILED_TO_RGB(PIVRA_DEFINE)
+#undef PIVRA_DEFINE
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(rgb_to_yuv, source, destination)
+PIVRA_RGB_TO_YUV(PIVRA_DEFINE)
+#undef PIVRA_DEFINE
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(rgb_to_rgb, source, destination)
+PIVRA_RGB_TO_RGB(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 
 namespace {
