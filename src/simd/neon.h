@@ -185,11 +185,19 @@ PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, 
 
 #endif
 
-// RGB: one vector for each byte of the pixels.
+// RGB: one vector for each byte of the pixels. Written out for three and four, as
+// loops over them would keep them in memory.
 template <class T, int n>
 struct Channels {
   T byte[n];
 };
+template <class To, int n, class From, class Action>
+PIVRA_INLINE Channels<To, n> for_each_channel(Channels<From, n> c, Action action) {
+  if constexpr (n == 3)
+    return {{action(c.byte[0]), action(c.byte[1]), action(c.byte[2])}};
+  else
+    return {{action(c.byte[0]), action(c.byte[1]), action(c.byte[2]), action(c.byte[3])}};
+}
 template <int n>
 PIVRA_INLINE Channels<uint8x16_t, n> load_pixels(const uint8_t *p) {
   if constexpr (n == 3) {
@@ -202,9 +210,8 @@ PIVRA_INLINE Channels<uint8x16_t, n> load_pixels(const uint8_t *p) {
 }
 template <int n>
 PIVRA_INLINE Channels<Narrow, n> even_pixels(Channels<uint8x16_t, n> block) {
-  Channels<Narrow, n> even;
-  for (int i = 0; i < n; ++i) even.byte[i] = vmovn_u16(vreinterpretq_u16_u8(block.byte[i]));
-  return even;
+  return for_each_channel<Narrow>(block,
+                                  [](uint8x16_t c) { return vmovn_u16(vreinterpretq_u16_u8(c)); });
 }
 
 typedef Narrow TopBytes;
@@ -238,12 +245,10 @@ PIVRA_INLINE TopBytes top_bytes(Channels<Narrow, n> c) {
 }
 template <class W, int n>
 PIVRA_INLINE void store_top_bytes(uint8_t *p, Channels<uint8x16_t, n> block) {
-  Channels<Narrow, n> low, high;
-  for (int i = 0; i < n; ++i) {
-    low.byte[i] = vget_low_u8(block.byte[i]);
-    high.byte[i] = vget_high_u8(block.byte[i]);
-  }
-  vst1q_u8(p, vcombine_u8(top_bytes<W>(low), top_bytes<W>(high)));
+  const auto low = [](uint8x16_t c) { return vget_low_u8(c); };
+  const auto high = [](uint8x16_t c) { return vget_high_u8(c); };
+  vst1q_u8(p, vcombine_u8(top_bytes<W>(for_each_channel<Narrow>(block, low)),
+                          top_bytes<W>(for_each_channel<Narrow>(block, high))));
 }
 
 struct Words {
