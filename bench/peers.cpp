@@ -1,7 +1,9 @@
 #include "peers.h"
 
+#include <libyuv/convert.h>
 #include <libyuv/convert_argb.h>
 #include <libyuv/convert_from.h>
+#include <libyuv/planar_functions.h>
 
 #include <map>
 
@@ -10,6 +12,14 @@ namespace {
 using Byte = std::uint8_t;
 using Planar = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int, int, int);
 using SemiPlanar = int(const Byte *, int, const Byte *, int, Byte *, int, int, int);
+using PlanarToPlanar = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int,
+                           Byte *, int, Byte *, int, int, int);
+using PlanarToSemiPlanar = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int,
+                               Byte *, int, int, int);
+using SemiPlanarToPlanar = int(const Byte *, int, const Byte *, int, Byte *, int, Byte *, int,
+                               Byte *, int, int, int);
+using SemiPlanarToSemiPlanar = int(const Byte *, int, const Byte *, int, Byte *, int, Byte *, int,
+                                   int, int);
 using Packed = int(const Byte *, int, Byte *, int, int, int);
 using PlanarMatrix = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int,
                          const libyuv::YuvConstants *, int, int);
@@ -33,6 +43,36 @@ Peer with(SemiPlanar *convert) {
 Peer with(Packed *convert) {
   return [=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.width[0], s.height[0]);
+  };
+}
+
+// Between YUV layouts `first` is the plane of the result that the function takes for U.
+Peer with(PlanarToPlanar *convert, int first = 1) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    const int second = 3 - first;
+    convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.plane[2], s.stride[2], d.plane[0],
+            d.stride[0], d.plane[first], d.stride[first], d.plane[second], d.stride[second],
+            s.width[0], s.height[0]);
+  };
+}
+Peer with(PlanarToSemiPlanar *convert) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.plane[2], s.stride[2], d.plane[0],
+            d.stride[0], d.plane[1], d.stride[1], s.width[0], s.height[0]);
+  };
+}
+Peer with(SemiPlanarToPlanar *convert, int first = 1) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    const int second = 3 - first;
+    convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0],
+            d.plane[first], d.stride[first], d.plane[second], d.stride[second], s.width[0],
+            s.height[0]);
+  };
+}
+Peer with(SemiPlanarToSemiPlanar *convert) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0], d.plane[1],
+            d.stride[1], s.width[0], s.height[0]);
   };
 }
 
@@ -98,6 +138,19 @@ const Peer &find_peer(std::string_view kernel) {
       {"nv21_to_bgra8888", with(NV21ToARGB)},
       {"yuyv_to_bgra8888", with(YUY2ToARGB)},
       {"uyvy_to_bgra8888", with(UYVYToARGB)},
+      {"yuv420_to_yv12", with(I420Copy, 2)},
+      {"yuv420_to_yuv422n", with(I420ToI422)},
+      {"yuv420_to_nv12", with(I420ToNV12)},
+      {"yuv420_to_nv21", with(I420ToNV21)},
+      {"yuv422n_to_yuv420", with(I422ToI420)},
+      {"yuv422n_to_yv12", with(I422ToI420, 2)},
+      {"yv16_to_yuv420", with(I422ToI420, 2)},
+      {"yv16_to_yv12", with(I422ToI420)},
+      {"nv12_to_yuv420", with(NV12ToI420)},
+      {"nv12_to_yv12", with(NV12ToI420, 2)},
+      {"nv21_to_yuv420", with(NV21ToI420)},
+      {"nv21_to_yv12", with(NV21ToI420, 2)},
+      {"nv21_to_nv12", with(NV21ToNV12)},
   };
   static const Peer none;
   const auto found = peers.find(kernel);

@@ -305,8 +305,48 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   PIVRA_YUV_TO_RGB_DIRECT(KERNEL) \
   PIVRA_YV12_TO_RGB(KERNEL)
 
+/**
+ * YUV to YUV
+ * ----------
+ * pivra_csc_<source>_to_<destination>, one kernel for each line below: samples
+ * move between planes, none is changed. Planes have the sizes and strides that
+ * the two descriptors give each of them, chroma the width[1], width[2],
+ * height[1] and height[2] of the source.
+ *
+ * - Luma is copied by pivra_cpy_8b, whose rule for contiguous planes of a size
+ *   that is no multiple of 16 applies.
+ * - yuv420 to yuv422n writes each chroma row twice (pivra_csc_1x1_to_1x2);
+ *   yuv422n and yv16 to yuv420 and yv12 drop every other one
+ *   (pivra_csc_1x2_to_1x1).
+ * - yuv420 to nv12 and nv21 pack both chroma planes, in the size of plane 1,
+ *   into pairs (pivra_csc_8b8b_pck); nv12 and nv21 to yuv420 and yv12 unpack
+ *   them (pivra_csc_8b8b_unpck).
+ * - yuv420 to yv12 exchanges the chroma planes by pivra_cpy_8b, but steps
+ *   through source plane 1 by stride[2] and through source plane 2 by
+ *   stride[1].
+ * - nv21 to nv12 takes all planes as contiguous and reads no strides: width[0] x
+ *   height[0] bytes of luma, copied by the rule of pivra_cpy_8b for such
+ *   planes, and width[0] x (height[0] / 2) bytes of chroma, in whole pairs.
+ */
+#define PIVRA_YUV_TO_YUV(KERNEL)           \
+  KERNEL(YUV420, yuv420, YV12, yv12)       \
+  KERNEL(YUV420, yuv420, YUV422N, yuv422n) \
+  KERNEL(YUV420, yuv420, NV12, nv12)       \
+  KERNEL(YUV420, yuv420, NV21, nv21)       \
+  KERNEL(YUV422N, yuv422n, YUV420, yuv420) \
+  KERNEL(YUV422N, yuv422n, YV12, yv12)     \
+  KERNEL(YV16, yv16, YUV420, yuv420)       \
+  KERNEL(YV16, yv16, YV12, yv12)           \
+  KERNEL(NV12, nv12, YUV420, yuv420)       \
+  KERNEL(NV12, nv12, YV12, yv12)           \
+  KERNEL(NV21, nv21, YUV420, yuv420)       \
+  KERNEL(NV21, nv21, YV12, yv12)           \
+  KERNEL(NV21, nv21, NV12, nv12)
+
 /** Every pair that pivra_csc converts: the families above. */
-#define PIVRA_CSC_PAIRS(KERNEL) PIVRA_YUV_TO_RGB(KERNEL)
+#define PIVRA_CSC_PAIRS(KERNEL) \
+  PIVRA_YUV_TO_RGB(KERNEL)      \
+  PIVRA_YUV_TO_YUV(KERNEL)
 
 /** The name of the kernel for a pair. */
 #define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination
@@ -315,6 +355,42 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   PIVRA_API pivra_csc_kernel PIVRA_CSC_NAME(source, destination);
 PIVRA_CSC_PAIRS(PIVRA_DECLARE_CSC)
 #undef PIVRA_DECLARE_CSC
+
+/* ------------------------------------------------------------------------ */
+/* Single planes                                                            */
+/* ------------------------------------------------------------------------ */
+
+/* Strides are bytes; a width or height of zero or less moves nothing. */
+
+/**
+ * Doubles a plane of bytes vertically: row y of `height` goes to rows 2y and
+ * 2y + 1.
+ */
+PIVRA_API pivra_cpy_kernel pivra_csc_1x1_to_1x2;
+
+/**
+ * Halves a plane of bytes vertically: of `height` rows of the source, an even
+ * number, row 2y goes to row y, and those between are dropped. If the number
+ * is odd, the last row goes too.
+ */
+PIVRA_API pivra_cpy_kernel pivra_csc_1x2_to_1x1;
+
+/**
+ * Packs two planes, `height` rows of `width` bytes each, into one of byte
+ * pairs, those of `a` first.
+ */
+PIVRA_API void pivra_csc_8b8b_pck(const uint8_t *a, const uint8_t *b, int32_t width, int32_t height,
+                                  int32_t a_stride, int32_t b_stride, int32_t dst_stride,
+                                  uint8_t *dst);
+
+/**
+ * Unpacks a plane of byte pairs, `height` rows of `width` bytes (twice the
+ * number of pairs): the first bytes to `a`, the second ones to `b`. The last
+ * byte of an odd width goes to `a`.
+ */
+PIVRA_API void pivra_csc_8b8b_unpck(const uint8_t *src, int32_t width, int32_t height,
+                                    int32_t src_stride, int32_t a_stride, int32_t b_stride,
+                                    uint8_t *a, uint8_t *b);
 
 /* ------------------------------------------------------------------------ */
 /* The promise                                                              */

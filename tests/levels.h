@@ -8,19 +8,22 @@
 #include <vector>
 
 #include "core/levels.h"
+#include "csc/repack.h"
 #include "csc/yuv_to_rgb.h"
 
 namespace pivra {
 
 namespace plain {
 extern const YuvToRgb yuv_to_rgb;
-}
+extern const Repack repack;
+}  // namespace plain
 
 namespace test {
 
 struct LevelUnderTest {
   std::string name;
   const YuvToRgb &yuv_to_rgb;
+  const Repack &repack;
 
   friend std::ostream &operator<<(std::ostream &out, const LevelUnderTest &level) {
     return out << level.name;
@@ -28,10 +31,10 @@ struct LevelUnderTest {
 };
 
 inline std::vector<LevelUnderTest> levels_under_test() {
-  std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb}};
+  std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb, plain::repack}};
   for (size_t i = 0; i < kLevels; ++i)
     if (levels[i].supported() && levels[i].name != found[0].name)
-      found.push_back({levels[i].name, *yuv_to_rgb_tables[i]});
+      found.push_back({levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i]});
   return found;
 }
 

@@ -1,9 +1,13 @@
 // Plane copy: the four copy kernels and the dispatcher over formats.
+#include "core/copy.h"
+
 #include <string.h>
 
 #include "pivra.h"
 
 namespace {
+
+using pivra::copy_rows;
 
 // Bytes at which a tail stops being copied in whole blocks of 16 samples.
 constexpr ptrdiff_t whole_blocks(ptrdiff_t samples) { return samples & ~ptrdiff_t{15}; }
@@ -29,12 +33,6 @@ void copy_run(const uint8_t *src, uint8_t *dst, ptrdiff_t samples) {
   const size_t bytes = static_cast<size_t>(blocks) * sizeof(Sample);
   memcpy(dst, src, bytes);
   copy_tail<Sample>(src + bytes, dst + bytes, blocks, samples);
-}
-
-void copy_rows(const uint8_t *src, size_t row_bytes, int32_t height, ptrdiff_t src_stride,
-               ptrdiff_t dst_stride, uint8_t *dst) {
-  for (ptrdiff_t y = 0; y < height; ++y)
-    memcpy(dst + y * dst_stride, src + y * src_stride, row_bytes);
 }
 
 // Whole pixels, with nothing peculiar about any size.

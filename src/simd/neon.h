@@ -11,6 +11,8 @@ constexpr int32_t kBlock = 16;
 typedef int16x8_t I16;
 typedef uint8x8_t Narrow;
 
+typedef uint8x16_t Whole;
+
 typedef Pair<Narrow> Samples;
 struct Twos {
   Narrow first, second;
@@ -39,6 +41,17 @@ PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
   uint8x8x4_t v = vld4_u8(p);
   return {{v.val[kY], v.val[kY + 2]}, {v.val[1 - kY], v.val[3 - kY]}};
 }
+
+PIVRA_INLINE Whole load_bytes(const uint8_t *p) { return vld1q_u8(p); }
+PIVRA_INLINE void store_bytes(uint8_t *p, Whole w) { vst1q_u8(p, w); }
+PIVRA_INLINE Pair<Whole> load_pairs(const uint8_t *p) {
+  uint8x16x2_t v = vld2q_u8(p);
+  return {v.val[0], v.val[1]};
+}
+PIVRA_INLINE void store_pairs(uint8_t *p, Whole even, Whole odd) {
+  vst2q_u8(p, uint8x16x2_t{{even, odd}});
+}
+PIVRA_INLINE Whole exchange_neighbours(Whole w) { return vrev16q_u8(w); }
 
 PIVRA_INLINE Twos twos(Narrow first, Narrow second) { return {first, second}; }
 PIVRA_INLINE Twos even_twos(Samples first, Samples second) { return {first.even, second.even}; }

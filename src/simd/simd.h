@@ -15,6 +15,7 @@
 //   Packed422      Samples of luma and Twos of chroma
 //   Pair<T>        { even, odd }: kBlock values by their position
 //   Bytes          kBlock bytes, in whatever order the level packs them
+//   Whole          kBlock bytes in memory order
 //
 //   load_samples(p), load_narrow(p)
 //   load_twos(p)              kBlock bytes, two by two
@@ -37,7 +38,14 @@
 //   clamp_565(a, b, c)        5-6-5 words with a in the top bits: Words565
 //   store_565(p, even, odd)   both halves' words
 //
-// Stores return the address behind what they wrote. GCC 12 keeps const aggregates
+// Bytes that are moved and not computed with:
+//
+//   load_bytes, store_bytes   Whole
+//   load_pairs(p)             2 kBlock bytes: Pair<Whole>
+//   store_pairs(p, even, odd) the same back
+//   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
+//
+// The other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.
 //
 // Loads and stores touch exactly the bytes they name, at any alignment. A level

@@ -27,6 +27,7 @@ typedef U8 Words565;
 typedef I16 Narrow;  // widened as it is loaded
 typedef U8 Twos;     // side by side
 typedef U8 Bytes;
+typedef U8 Whole;
 
 struct Packed422 {
   Samples luma;
@@ -58,8 +59,17 @@ PIVRA_INLINE I16 at_least_zero(I16 i) { return larger(i, I16{}); }
 PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return U8{} + k; }
 
 PIVRA_INLINE Samples load_samples(const uint8_t *p) { return load(p); }
+PIVRA_INLINE Whole load_bytes(const uint8_t *p) { return load(p); }
+PIVRA_INLINE void store_bytes(uint8_t *p, Whole w) { store(p, w); }
+PIVRA_INLINE Whole exchange_neighbours(Whole w) { return (U8)((U16)w << 8 | (U16)w >> 8); }
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return load_widened(p); }
 PIVRA_INLINE Twos load_twos(const uint8_t *p) { return load(p); }
+
+template <int kY>
+PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
+  Pair<U8> v = load_pairs(p);
+  return {kY == 0 ? v.even : v.odd, kY == 0 ? v.odd : v.even};
+}
 
 PIVRA_INLINE Twos twos(Narrow first, Narrow second) { return (U8)(first | second << 8); }
 PIVRA_INLINE Twos even_twos(Samples first, Samples second) {

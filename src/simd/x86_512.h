@@ -35,10 +35,17 @@ PIVRA_INLINE U8 permute(U8 a, const Order &order, U8 b) {
 // Every other byte of two registers.
 template <int first>
 constexpr Order kEveryOther = make_order([](int i) { return 2 * i + first; });
-template <int kY>
-PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
+PIVRA_INLINE Pair<U8> load_pairs(const uint8_t *p) {
   const U8 a = load(p), b = load(p + 64);
-  return {permute(a, kEveryOther<kY>, b), permute(a, kEveryOther<1 - kY>, b)};
+  return {permute(a, kEveryOther<0>, b), permute(a, kEveryOther<1>, b)};
+}
+
+// Two registers in turn, from byte 0 and from byte 32 on.
+template <int first>
+constexpr Order kInTurn = make_order([](int i) { return first + i / 2 + 64 * (i % 2); });
+PIVRA_INLINE void store_pairs(uint8_t *p, U8 even, U8 odd) {
+  store(p, permute(even, kInTurn<0>, odd));
+  store(p + 64, permute(even, kInTurn<32>, odd));
 }
 
 // Where packing the even and the odd half of a block leaves pixel x.

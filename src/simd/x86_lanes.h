@@ -8,13 +8,14 @@
 namespace pivra::PIVRA_LEVEL {
 
 // Words packed from these two vectors are in memory order.
-template <int kY>
-PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
+PIVRA_INLINE Pair<U8> load_pairs(const uint8_t *p) {
   U8 a, b;
   load_lane_pairs(p, a, b);
-  const U8 low = pack_unsigned(low_bytes(a), low_bytes(b));
-  const U8 high = pack_unsigned(high_bytes(a), high_bytes(b));
-  return {kY == 0 ? low : high, kY == 0 ? high : low};
+  return {pack_unsigned(low_bytes(a), low_bytes(b)), pack_unsigned(high_bytes(a), high_bytes(b))};
+}
+PIVRA_INLINE void store_pairs(uint8_t *p, U8 even, U8 odd) {
+  const U8 bytes[] = {unpack_low8(even, odd), unpack_high8(even, odd)};
+  store_lanes(p, bytes);
 }
 
 // Even pixels and odd pixels of each lane, as 32-bit groups, in memory order.

@@ -1,0 +1,127 @@
+// Rows of samples to rows of byte pairs and back. Compiled once per
+// instruction-set level.
+#include "csc/repack.h"
+
+#include "simd/simd.h"
+
+namespace pivra::PIVRA_LEVEL {
+namespace {
+
+#if PIVRA_VECTORS
+
+// Pairs of a block that lie before a multiple of the vector size, where the
+// block starts `bytes_per_pair` bytes a pair behind one.
+PIVRA_INLINE ptrdiff_t pairs_to_alignment(const uint8_t *p, ptrdiff_t bytes_per_pair) {
+  const auto past = reinterpret_cast<uintptr_t>(p) % kBlock;
+  return kBlock - static_cast<ptrdiff_t>(past) / bytes_per_pair;
+}
+
+// Each move: where it reads and writes, and kBlock pairs of it.
+struct Interleave {
+  const uint8_t *a, *b;
+  uint8_t *dst;
+
+  PIVRA_INLINE Pair<Whole> load() const { return {load_bytes(a), load_bytes(b)}; }
+  PIVRA_INLINE void store(Pair<Whole> block) const { store_pairs(dst, block.even, block.odd); }
+  PIVRA_INLINE ptrdiff_t to_alignment() const { return pairs_to_alignment(dst, 2); }
+  PIVRA_INLINE void advance(ptrdiff_t pairs) {
+    a += pairs;
+    b += pairs;
+    dst += 2 * pairs;
+  }
+};
+
+struct Deinterleave {
+  const uint8_t *src;
+  uint8_t *a, *b;
+
+  PIVRA_INLINE Pair<Whole> load() const { return load_pairs(src); }
+  PIVRA_INLINE void store(Pair<Whole> block) const {
+    store_bytes(a, block.even);
+    store_bytes(b, block.odd);
+  }
+  PIVRA_INLINE ptrdiff_t to_alignment() const { return pairs_to_alignment(a, 1); }
+  PIVRA_INLINE void advance(ptrdiff_t pairs) {
+    src += 2 * pairs;
+    a += pairs;
+    b += pairs;
+  }
+};
+
+struct SwapPairs {
+  const uint8_t *src;
+  uint8_t *dst;
+
+  PIVRA_INLINE Pair<Whole> load() const { return {load_bytes(src), load_bytes(src + kBlock)}; }
+  PIVRA_INLINE void store(Pair<Whole> block) const {
+    store_bytes(dst, exchange_neighbours(block.even));
+    store_bytes(dst + kBlock, exchange_neighbours(block.odd));
+  }
+  PIVRA_INLINE ptrdiff_t to_alignment() const { return pairs_to_alignment(dst, 2); }
+  PIVRA_INLINE void advance(ptrdiff_t pairs) {
+    src += 2 * pairs;
+    dst += 2 * pairs;
+  }
+};
+
+// A row in blocks: the first one, then those from where the destination is
+// aligned, then the last one. They overlap; first and last are loaded before
+// anything is stored, so that the destination may be the source. Whether there
+// is a block: a shorter row is left to the caller.
+template <class Move>
+PIVRA_INLINE bool in_blocks(Move row, ptrdiff_t pairs) {
+  if (pairs < kBlock) return false;
+  const ptrdiff_t lead = row.to_alignment();
+  Move end = row, at = row;
+  end.advance(pairs - kBlock);
+  at.advance(lead);
+  Pair<Whole> first = row.load(), last = end.load();
+#pragma GCC unroll 2
+  for (ptrdiff_t left = pairs - kBlock - lead; left > 0; left -= kBlock) {
+    at.store(at.load());
+    at.advance(kBlock);
+  }
+  row.store(first);
+  end.store(last);
+  return true;
+}
+
+#endif
+
+void interleave(const uint8_t *a, const uint8_t *b, ptrdiff_t pairs, uint8_t *dst) {
+#if PIVRA_VECTORS
+  if (in_blocks(Interleave{a, b, dst}, pairs)) return;
+#endif
+  for (ptrdiff_t x = 0; x < pairs; ++x) {
+    dst[2 * x] = a[x];
+    dst[2 * x + 1] = b[x];
+  }
+}
+
+void deinterleave(const uint8_t *src, ptrdiff_t pairs, uint8_t *a, uint8_t *b) {
+#if PIVRA_VECTORS
+  if (in_blocks(Deinterleave{src, a, b}, pairs)) return;
+#endif
+  for (ptrdiff_t x = 0; x < pairs; ++x) {
+    a[x] = src[2 * x];
+    b[x] = src[2 * x + 1];
+  }
+}
+
+void swap_pairs(const uint8_t *src, ptrdiff_t pairs, uint8_t *dst) {
+#if PIVRA_VECTORS
+  if (in_blocks(SwapPairs{src, dst}, pairs)) return;
+#endif
+  for (ptrdiff_t x = 0; x < pairs; ++x) {
+    const uint8_t first = src[2 * x];
+    dst[2 * x] = src[2 * x + 1];
+    dst[2 * x + 1] = first;
+  }
+}
+
+}  // namespace
+
+extern const Repack repack;
+const Repack repack = {interleave, deinterleave, swap_pairs};
+
+}  // namespace pivra::PIVRA_LEVEL
