@@ -23,9 +23,9 @@ LEVELS = {
     "plain": (None, X86 + "|%[yz]mm|" + NEON),
 }
 
-# Kernels are told from other functions by their signature. From grey and between
-# RGB layouts there is no matrix, and the compiler's vectors will do.
-NO_MATRIX = ("::GreyPlane", "::ToWords", "::ToBytes", "convert_luma_only")
+# Kernels are told from other functions by their signature. Grey and RGB to RGB
+# have no matrix, and luma alone is made by a function that kernels share.
+NO_MATRIX = ("::GreyPlane", "::ToWords", "::ToBytes", "::convert_luma_only")
 KERNEL = "(unsigned char**, int*, int*, int*, int*, unsigned char**)"
 
 
