@@ -23,6 +23,8 @@ constexpr std::string_view kHeadline[] = {
     "yuv422n_to_rgba8888", "yuv444_to_rgb888",   "yuv444_to_rgba8888", "nv12_to_rgb565",
     "nv12_to_rgb888",      "nv12_to_rgba8888",   "nv12_to_bgra8888",   "nv21_to_rgb888",
     "nv21_to_rgba8888",    "nv21_to_bgra8888",   "yuyv_to_bgra8888",   "uyvy_to_bgra8888",
+    "rgb565_to_yuv420",    "rgb888_to_yuv420",   "bgr888_to_yuv420",   "rgba8888_to_yuv420",
+    "bgra8888_to_yuv420",  "argb8888_to_yuv420", "bgra8888_to_nv12",   "rgba8888_to_nv21",
 };
 
 std::vector<std::uint8_t> noise(std::size_t size) {

@@ -4,6 +4,7 @@
 #include <libyuv/convert_argb.h>
 #include <libyuv/convert_from.h>
 #include <libyuv/planar_functions.h>
+#include <libyuv/convert_from_argb.h>
 
 #include <map>
 
@@ -21,6 +22,8 @@ using SemiPlanarToPlanar = int(const Byte *, int, const Byte *, int, Byte *, int
 using SemiPlanarToSemiPlanar = int(const Byte *, int, const Byte *, int, Byte *, int, Byte *, int,
                                    int, int);
 using Packed = int(const Byte *, int, Byte *, int, int, int);
+using ToPlanar = int(const Byte *, int, Byte *, int, Byte *, int, Byte *, int, int, int);
+using ToSemiPlanar = int(const Byte *, int, Byte *, int, Byte *, int, int, int);
 using PlanarMatrix = int(const Byte *, int, const Byte *, int, const Byte *, int, Byte *, int,
                          const libyuv::YuvConstants *, int, int);
 using SemiPlanarMatrix = int(const Byte *, int, const Byte *, int, Byte *, int,
@@ -43,6 +46,20 @@ Peer with(SemiPlanar *convert) {
 Peer with(Packed *convert) {
   return [=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.width[0], s.height[0]);
+  };
+}
+// `first` is the plane that the function takes for U.
+Peer with(ToPlanar *convert, int first = 1) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    const int second = 3 - first;
+    convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], d.plane[first], d.stride[first],
+            d.plane[second], d.stride[second], s.width[0], s.height[0]);
+  };
+}
+Peer with(ToSemiPlanar *convert) {
+  return [=](const ImageDesc &s, const ImageDesc &d) {
+    convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], d.plane[1], d.stride[1], s.width[0],
+            s.height[0]);
   };
 }
 
@@ -151,6 +168,24 @@ const Peer &find_peer(std::string_view kernel) {
       {"nv21_to_yuv420", with(NV21ToI420)},
       {"nv21_to_yv12", with(NV21ToI420, 2)},
       {"nv21_to_nv12", with(NV21ToNV12)},
+      {"rgb565_to_yuv420", with(RGB565ToI420)},
+      {"rgb888_to_yuv420", with(RAWToI420)},
+      {"bgr888_to_yuv420", with(RGB24ToI420)},
+      {"rgba8888_to_yuv420", with(ABGRToI420)},
+      {"bgra8888_to_yuv420", with(ARGBToI420)},
+      {"argb8888_to_yuv420", with(BGRAToI420)},
+      {"abgr8888_to_yuv420", with(RGBAToI420)},
+      {"rgb565_to_yv12", with(RGB565ToI420, 2)},
+      {"rgb888_to_yv12", with(RAWToI420, 2)},
+      {"bgr888_to_yv12", with(RGB24ToI420, 2)},
+      {"rgba8888_to_yv12", with(ABGRToI420, 2)},
+      {"bgra8888_to_yv12", with(ARGBToI420, 2)},
+      {"argb8888_to_yv12", with(BGRAToI420, 2)},
+      {"abgr8888_to_yv12", with(RGBAToI420, 2)},
+      {"bgra8888_to_nv12", with(ARGBToNV12)},
+      {"rgba8888_to_nv12", with(ABGRToNV12)},
+      {"bgra8888_to_nv21", with(ARGBToNV21)},
+      {"rgba8888_to_nv21", with(ABGRToNV21)},
   };
   static const Peer none;
   const auto found = peers.find(kernel);

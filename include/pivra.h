@@ -343,10 +343,73 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   KERNEL(NV21, nv21, YV12, yv12)           \
   KERNEL(NV21, nv21, NV12, nv12)
 
+/**
+ * RGB to YUV
+ * ----------
+ * pivra_csc_<source>_to_<destination>: each of the eight RGB formats to yuv420,
+ * yv12, nv12 and nv21; rgba8888 and argb8888 to yuv444. The matrix is ITU-R
+ * BT.601, video range:
+ *
+ *     Y = 16  + (( 66 R + 129 G +  25 B      ) >> 8)     truncated
+ *     U = 128 + ((-38 R -  74 G + 112 B + 128) >> 8)     rounded
+ *     V = 128 + ((112 R -  94 G -  18 B + 128) >> 8)
+ *
+ * The fields of 16-bit pixels are the upper bits of R, G and B, whose lower bits
+ * are zero. Alpha is not read into the result.
+ *
+ * 4:2:0 chroma is that of one pixel, the first of two in a row: w/2 x h/2 samples,
+ * rounded down. The last column of an odd width and the last row of an odd height
+ * count for luma only. Every size from 1 x 1 up converts.
+ *
+ * Rows. Luma row y comes from y x stride. Chroma row j comes from
+ * j x (stride + 2 x bytes per pixel x floor(w/2)): row 2j if the source is packed
+ * and w even, and somewhere ahead of it if the source is padded. Each destination
+ * plane steps by its own stride, but from 16-bit sources by row bytes
+ * + 4 x (stride - row bytes), which is the stride of a packed plane only. Strides
+ * may be odd. Luma is complete before the first sample of chroma is written.
+ *
+ * - rgba8888 to yuv444 writes plane 0 alone, with the strides of both sides.
+ * - argb8888 to yuv444 writes all three planes and takes both sides as packed,
+ *   whatever the strides say.
+ */
+#define PIVRA_TO_EVERY_YUV420(KERNEL, SOURCE, source) \
+  KERNEL(SOURCE, source, YUV420, yuv420)              \
+  KERNEL(SOURCE, source, YV12, yv12)                  \
+  KERNEL(SOURCE, source, NV12, nv12)                  \
+  KERNEL(SOURCE, source, NV21, nv21)
+
+/** Every RGB to YUV kernel. */
+#define PIVRA_RGB_TO_YUV(KERNEL)                    \
+  PIVRA_TO_EVERY_YUV420(KERNEL, RGB565, rgb565)     \
+  PIVRA_TO_EVERY_YUV420(KERNEL, BGR565, bgr565)     \
+  PIVRA_TO_EVERY_YUV420(KERNEL, RGB888, rgb888)     \
+  PIVRA_TO_EVERY_YUV420(KERNEL, BGR888, bgr888)     \
+  PIVRA_TO_EVERY_YUV420(KERNEL, RGBA8888, rgba8888) \
+  PIVRA_TO_EVERY_YUV420(KERNEL, BGRA8888, bgra8888) \
+  PIVRA_TO_EVERY_YUV420(KERNEL, ARGB8888, argb8888) \
+  PIVRA_TO_EVERY_YUV420(KERNEL, ABGR8888, abgr8888) \
+  KERNEL(RGBA8888, rgba8888, YUV444, yuv444)        \
+  KERNEL(ARGB8888, argb8888, YUV444, yuv444)
+
+/**
+ * RGB to RGB
+ * ----------
+ * To rgb565 each colour keeps its upper bits, without rounding; from rgb565 the
+ * fields become the upper bits of R, G and B, the lower ones are zero and A is
+ * 255. Strides of 16-bit rows are rounded down to a multiple of 2, those of
+ * 32-bit rows to a multiple of 4.
+ */
+#define PIVRA_RGB_TO_RGB(KERNEL)             \
+  KERNEL(RGB888, rgb888, RGB565, rgb565)     \
+  KERNEL(RGBA8888, rgba8888, RGB565, rgb565) \
+  KERNEL(RGB565, rgb565, RGBA8888, rgba8888)
+
 /** Every pair that pivra_csc converts: the families above. */
 #define PIVRA_CSC_PAIRS(KERNEL) \
   PIVRA_YUV_TO_RGB(KERNEL)      \
-  PIVRA_YUV_TO_YUV(KERNEL)
+  PIVRA_YUV_TO_YUV(KERNEL)      \
+  PIVRA_RGB_TO_YUV(KERNEL)      \
+  PIVRA_RGB_TO_RGB(KERNEL)
 
 /** The name of the kernel for a pair. */
 #define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination

@@ -1,16 +1,28 @@
 // The conversion dispatcher, and the exported kernels that it chooses among.
+#include "csc/rgb_to_rgb.h"
+#include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
 #include "pivra.h"
 
 // Exported kernels of a family: handed on to the chosen level.
-#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination)                                \
+#define PIVRA_HAND_ON(tables, source, destination)                                            \
   void PIVRA_CSC_NAME(source, destination)(uint8_t * *src, int32_t * width, int32_t * height, \
                                            int32_t * src_stride, int32_t * dst_stride,        \
                                            uint8_t * *dst) {                                  \
-    pivra::chosen(pivra::yuv_to_rgb_tables)                                                   \
+    pivra::chosen(pivra::tables)                                                              \
         .source##_to_##destination(src, width, height, src_stride, dst_stride, dst);          \
   }
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(yuv_to_rgb_tables, source, destination)
 PIVRA_YUV_TO_RGB_DIRECT(PIVRA_DEFINE)
+#undef PIVRA_DEFINE
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(rgb_to_yuv_tables, source, destination)
+PIVRA_RGB_TO_YUV(PIVRA_DEFINE)
+#undef PIVRA_DEFINE
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(rgb_to_rgb_tables, source, destination)
+PIVRA_RGB_TO_RGB(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 
 namespace {

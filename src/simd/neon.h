@@ -185,6 +185,116 @@ PIVRA_INLINE uint8_t *store_interleaved4(uint8_t *p, Bytes a, Bytes b, Bytes c, 
 
 #endif
 
+// RGB: one vector for each byte of the pixels. Written out for three and four, as
+// loops over them would keep them in memory.
+template <class T, int n>
+struct Channels {
+  T byte[n];
+};
+template <class To, int n, class From, class Action>
+PIVRA_INLINE Channels<To, n> for_each_channel(Channels<From, n> c, Action action) {
+  if constexpr (n == 3)
+    return {{action(c.byte[0]), action(c.byte[1]), action(c.byte[2])}};
+  else
+    return {{action(c.byte[0]), action(c.byte[1]), action(c.byte[2]), action(c.byte[3])}};
+}
+template <int n>
+PIVRA_INLINE Channels<uint8x16_t, n> load_pixels(const uint8_t *p) {
+  if constexpr (n == 3) {
+    uint8x16x3_t v = vld3q_u8(p);
+    return {{v.val[0], v.val[1], v.val[2]}};
+  } else {
+    uint8x16x4_t v = vld4q_u8(p);
+    return {{v.val[0], v.val[1], v.val[2], v.val[3]}};
+  }
+}
+template <int n>
+PIVRA_INLINE Channels<Narrow, n> even_pixels(Channels<uint8x16_t, n> block) {
+  return for_each_channel<Narrow>(block,
+                                  [](uint8x16_t c) { return vmovn_u16(vreinterpretq_u16_u8(c)); });
+}
+
+typedef Narrow TopBytes;
+
+template <int32_t weight>
+PIVRA_INLINE uint16x8_t add_weighed(uint16x8_t sum, Narrow n) {
+  if constexpr (weight < 0) return vmlsl_u8(sum, n, vdup_n_u8(-weight));
+  return vmlal_u8(sum, n, vdup_n_u8(weight));
+}
+// The first product is one of those to be added: it needs no sum to begin with.
+constexpr int first_positive(ByteWeights w) {
+  int i = 0;
+  while (w.byte[i] <= 0) ++i;
+  return i;
+}
+template <class W, int i, int n>
+PIVRA_INLINE uint16x8_t add_others(uint16x8_t sum, Channels<Narrow, n> c) {
+  if constexpr (i == n) {
+    return sum;
+  } else {
+    if constexpr (i != first_positive(W::k) && W::k.byte[i] != 0)
+      sum = add_weighed<W::k.byte[i]>(sum, c.byte[i]);
+    return add_others<W, i + 1>(sum, c);
+  }
+}
+template <class W, int n>
+PIVRA_INLINE TopBytes top_bytes(Channels<Narrow, n> c) {
+  constexpr int first = first_positive(W::k);
+  uint16x8_t sum = add_others<W, 0>(vmull_u8(c.byte[first], vdup_n_u8(W::k.byte[first])), c);
+  return vaddhn_u16(sum, vdupq_n_u16(W::k.offset));
+}
+template <class W, int n>
+PIVRA_INLINE void store_top_bytes(uint8_t *p, Channels<uint8x16_t, n> block) {
+  const auto low = [](uint8x16_t c) { return vget_low_u8(c); };
+  const auto high = [](uint8x16_t c) { return vget_high_u8(c); };
+  vst1q_u8(p, vcombine_u8(top_bytes<W>(for_each_channel<Narrow>(block, low)),
+                          top_bytes<W>(for_each_channel<Narrow>(block, high))));
+}
+template <int n>
+PIVRA_INLINE uint8_t *store_top_bits_565(uint8_t *p, Channels<uint8x16_t, n> block) {
+  const auto words = [](uint8x8_t a, uint8x8_t b, uint8x8_t c) {
+    const uint16x8_t ab = vsriq_n_u16(vshll_n_u8(a, 8), vshll_n_u8(b, 8), 5);
+    return vreinterpretq_u8_u16(vsriq_n_u16(ab, vshll_n_u8(c, 8), 11));
+  };
+  vst1q_u8(
+      p, words(vget_low_u8(block.byte[0]), vget_low_u8(block.byte[1]), vget_low_u8(block.byte[2])));
+  vst1q_u8(p + 16, words(vget_high_u8(block.byte[0]), vget_high_u8(block.byte[1]),
+                         vget_high_u8(block.byte[2])));
+  return p + 32;
+}
+
+typedef uint16x8_t U16;
+struct Words {
+  uint16x8_t v[2];
+};
+PIVRA_INLINE Words load_words(const uint8_t *p) {
+  return {{vreinterpretq_u16_u8(vld1q_u8(p)), vreinterpretq_u16_u8(vld1q_u8(p + 16))}};
+}
+PIVRA_INLINE uint16x8_t even_pixels(Words w) {
+  return vcombine_u16(vmovn_u32(vreinterpretq_u32_u16(w.v[0])),
+                      vmovn_u32(vreinterpretq_u32_u16(w.v[1])));
+}
+template <class W>
+PIVRA_INLINE TopBytes top_bytes(uint16x8_t word) {
+  const auto splat_word = [](int32_t k) { return vdupq_n_u16(static_cast<uint16_t>(k)); };
+  uint16x8_t sum = vmulq_u16(word, splat_word(W::k.whole));
+  sum = vmlaq_u16(sum, vshrq_n_u16(word, 5), splat_word(W::k.from5));
+  sum = vmlaq_u16(sum, vshrq_n_u16(word, 11), splat_word(W::k.from11));
+  return vaddhn_u16(sum, splat_word(W::k.offset));
+}
+template <class W>
+PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
+  vst1q_u8(p, vcombine_u8(top_bytes<W>(block.v[0]), top_bytes<W>(block.v[1])));
+}
+
+PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
+  vst1_u8(p, a);
+  vst1_u8(q, b);
+}
+PIVRA_INLINE void store_twos(uint8_t *p, TopBytes a, TopBytes b) {
+  vst2_u8(p, uint8x8x2_t{{a, b}});
+}
+
 }  // namespace pivra::PIVRA_LEVEL
 
 #endif

@@ -45,7 +45,19 @@
 //   store_pairs(p, even, odd) the same back
 //   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
 //
-// The other stores return the address behind what they wrote. GCC 12 keeps const aggregates
+// RGB pixels are weighed as they lie in memory. Sums are taken modulo 65536, and a
+// result is the upper byte of its sum.
+//
+//   load_pixels<3 or 4>(p)    kBlock pixels of that many bytes
+//   load_words(p)             kBlock little-endian words: Words, two of U16 in v[2]
+//   even_pixels(block)        every other pixel of either, from the first on
+//   top_bytes<W>(even)        W::k are ByteWeights or, for words, WordWeights: TopBytes
+//   store_top_bytes<W>(p, block)  kBlock bytes, one for each pixel
+//   store_planes(p, q, a, b)  TopBytes a to p and b to q
+//   store_twos(p, a, b)       TopBytes of both by turns
+//   store_top_bits_565(p, block)  5-6-5 words of the first three bytes of pixels
+//
+// Other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.
 //
 // Loads and stores touch exactly the bytes they name, at any alignment. A level
@@ -69,6 +81,15 @@ namespace pivra::PIVRA_LEVEL {
 template <class T>
 struct Pair {
   T even, odd;
+};
+
+// For the bytes of a pixel.
+struct ByteWeights {
+  int32_t byte[4], offset;
+};
+// For a word, the word shifted down by 5 and by 11.
+struct WordWeights {
+  int32_t whole, from5, from11, offset;
 };
 
 }  // namespace pivra::PIVRA_LEVEL

@@ -20,6 +20,19 @@ constexpr int32_t kBlock = 16;
 typedef uint8_t U8 __attribute__((vector_size(kBlock)));
 typedef int16_t I16 __attribute__((vector_size(kBlock)));
 typedef uint16_t U16 __attribute__((vector_size(kBlock)));
+typedef int32_t I32 __attribute__((vector_size(kBlock)));
+typedef U16 TopBytes;  // not yet narrowed, in the order of pack_low_words
+
+// RGB pixels, padded to four bytes.
+struct Pixels {
+  U8 v[4];
+};
+struct EvenPixels {
+  U8 v[2];
+};
+struct Words {
+  U16 v[2];
+};
 
 typedef U8 Samples;
 typedef I16 Clamped;  // clamped as it is joined: one instruction does both
@@ -147,6 +160,106 @@ PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
   const U16 bottom = (U16)at_least_zero(c);
   const U16 upper = (top << 1 & uint16_t{0xF800}) | (middle >> 4 & 0x07E0);
   return (Words565)(upper | bottom >> 10);
+}
+
+PIVRA_INLINE I16 pack_low_words(I32 a, I32 b) { return pack_words(a << 16 >> 16, b << 16 >> 16); }
+
+// RGB pixels of four bytes, weighed where they lie: one multiplication adds two
+// bytes, the next one the two sums.
+
+#if defined(__SSSE3__)
+
+// One factor of the byte multiplication is unsigned: the pixels, or weights above
+// 127. With those go n - 128, made up for behind it. Two bytes' sum fits 16 bits,
+// and so does the whole one.
+template <class W>
+constexpr bool kCentre =
+    W::k.byte[0] > 127 || W::k.byte[1] > 127 || W::k.byte[2] > 127 || W::k.byte[3] > 127;
+template <class W>
+PIVRA_INLINE I32 weigh_pixels(U8 v) {
+  constexpr uint32_t pattern = (W::k.byte[0] & 0xFFu) | (W::k.byte[1] & 0xFFu) << 8 |
+                               (W::k.byte[2] & 0xFFu) << 16 | (W::k.byte[3] & 0xFFu) << 24;
+  const U8 weights = (U8)(I32{} + static_cast<int32_t>(pattern));
+  return multiply_add(
+      kCentre<W> ? multiply_add_bytes(weights, v ^ 0x80) : multiply_add_bytes(v, weights),
+      splat<1>());
+}
+template <class W>
+PIVRA_INLINE TopBytes weigh(U8 a, U8 b) {
+  constexpr int32_t centre =
+      kCentre<W> ? 128 * (W::k.byte[0] + W::k.byte[1] + W::k.byte[2] + W::k.byte[3]) : 0;
+  return (U16)pack_words(weigh_pixels<W>(a), weigh_pixels<W>(b)) +
+         static_cast<uint16_t>(W::k.offset + centre);
+}
+
+#else
+
+// For the bytes `first` and first + 2.
+template <class W, int first>
+PIVRA_INLINE I16 two_weights() {
+  return (I16)(I32{} + ((W::k.byte[first] & 0xFFFF) | W::k.byte[first + 2] << 16));
+}
+template <class W>
+PIVRA_INLINE I32 weigh_pixels(U8 v) {
+  return multiply_add(low_bytes(v), two_weights<W, 0>()) +
+         multiply_add(high_bytes(v), two_weights<W, 1>());
+}
+template <class W>
+PIVRA_INLINE TopBytes weigh(U8 a, U8 b) {
+  return (U16)pack_low_words(weigh_pixels<W>(a), weigh_pixels<W>(b)) +
+         static_cast<uint16_t>(W::k.offset);
+}
+
+#endif
+
+template <int n>
+PIVRA_INLINE Pixels load_pixels(const uint8_t *p) {
+  if constexpr (n == 3) return load_triples(p);
+  return {{load(p), load(p + kBlock), load(p + 2 * kBlock), load(p + 3 * kBlock)}};
+}
+PIVRA_INLINE EvenPixels even_pixels(Pixels p) {
+  return {{even_pixels(p.v[0], p.v[1]), even_pixels(p.v[2], p.v[3])}};
+}
+template <class W>
+PIVRA_INLINE TopBytes top_bytes(EvenPixels p) {
+  return weigh<W>(p.v[0], p.v[1]);
+}
+template <class W>
+PIVRA_INLINE void store_top_bytes(uint8_t *p, Pixels block) {
+  const U16 a = weigh<W>(block.v[0], block.v[1]), b = weigh<W>(block.v[2], block.v[3]);
+  store(p, in_turn32(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
+}
+PIVRA_INLINE uint8_t *store_top_bits_565(uint8_t *p, Pixels block) {
+  for (int i = 0; i < 2; ++i, p += kBlock) {
+    const auto word = [](U8 v) {
+      const I32 pixel = (I32)v;
+      return (pixel << 8 & 0xF800) | (pixel >> 5 & 0x07E0) | (pixel >> 19 & 0x001F);
+    };
+    store(p, in_turn64((U8)pack_low_words(word(block.v[2 * i]), word(block.v[2 * i + 1]))));
+  }
+  return p;
+}
+
+PIVRA_INLINE Words load_words(const uint8_t *p) { return {{(U16)load(p), (U16)load(p + kBlock)}}; }
+PIVRA_INLINE U16 even_pixels(Words w) { return (U16)pack_low_words((I32)w.v[0], (I32)w.v[1]); }
+template <class W>
+PIVRA_INLINE TopBytes top_bytes(U16 word) {
+  const U16 whole = times((I16)word, splat<static_cast<int16_t>(W::k.whole)>());
+  const U16 from5 = times((I16)(word >> 5), splat<static_cast<int16_t>(W::k.from5)>());
+  const U16 from11 = times((I16)(word >> 11), splat<static_cast<int16_t>(W::k.from11)>());
+  return whole + from5 + (from11 + static_cast<uint16_t>(W::k.offset));
+}
+template <class W>
+PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
+  const U16 a = top_bytes<W>(block.v[0]), b = top_bytes<W>(block.v[1]);
+  store(p, in_turn64(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
+}
+
+PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
+  store_halves(p, q, in_turn32(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
+}
+PIVRA_INLINE void store_twos(uint8_t *p, TopBytes a, TopBytes b) {
+  store(p, in_turn64((U8)(a >> 8 | (b & uint16_t{0xFF00}))));
 }
 
 }  // namespace pivra::PIVRA_LEVEL

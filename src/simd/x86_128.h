@@ -26,6 +26,8 @@ PIVRA_LANE_OPERATION(U8, unpack_high16, U8, _mm_unpackhi_epi16)
 PIVRA_LANE_OPERATION(U8, unpack_low32, U8, _mm_unpacklo_epi32)
 PIVRA_LANE_OPERATION(U8, unpack_high32, U8, _mm_unpackhi_epi32)
 PIVRA_LANE_OPERATION(U8, pack_unsigned, I16, _mm_packus_epi16)
+PIVRA_LANE_OPERATION(I32, multiply_add, I16, _mm_madd_epi16)
+PIVRA_LANE_OPERATION(I16, pack_words, I32, _mm_packs_epi32)
 PIVRA_LANE_OPERATION(I16, larger, I16, _mm_max_epi16)
 PIVRA_LANE_OPERATION(I16, add_saturated, I16, _mm_adds_epi16)
 #undef PIVRA_LANE_OPERATION
@@ -52,6 +54,28 @@ template <int n>
 PIVRA_INLINE uint8_t *store_lanes(uint8_t *p, const U8 (&v)[n]) {
   for (int i = 0; i < n; ++i) store(p + 16 * i, v[i]);
   return p + 16 * n;
+}
+
+// The lanes' first 32 or 64 bits in turn, then their next ones, and so on.
+PIVRA_INLINE U8 in_turn32(U8 v) { return v; }
+PIVRA_INLINE U8 in_turn64(U8 v) { return v; }
+PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
+  _mm_storel_epi64((__m128i *)p, (__m128i)v);
+  _mm_storeh_pd((double *)q, (__m128d)v);
+}
+PIVRA_INLINE U8 even_pixels(U8 a, U8 b) {
+  return (U8)_mm_shuffle_ps((__m128)a, (__m128)b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+// Bytes 0-2, 3-5, 6-8 and 9-11 moved apart.
+PIVRA_INLINE U8 spread_triples(U8 v) {
+  const U64 lower = {~uint64_t{0}, 0};
+  const U64 six = ((U64)v & lower) | ((U64)shift_up<2>(v) & ~lower);
+  return (U8)((six & 0xFFFFFF) | (six << 8 & 0xFFFFFF00000000));
+}
+PIVRA_INLINE Pixels load_triples(const uint8_t *p) {
+  return {{spread_triples(load(p)), spread_triples(load(p + 12)), spread_triples(load(p + 24)),
+           spread_triples(shift_down<4>(load(p + 32)))}};
 }
 
 }  // namespace pivra::PIVRA_LEVEL

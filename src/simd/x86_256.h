@@ -25,6 +25,8 @@ PIVRA_LANE_OPERATION(U8, unpack_high16, U8, _mm256_unpackhi_epi16)
 PIVRA_LANE_OPERATION(U8, unpack_low32, U8, _mm256_unpacklo_epi32)
 PIVRA_LANE_OPERATION(U8, unpack_high32, U8, _mm256_unpackhi_epi32)
 PIVRA_LANE_OPERATION(U8, pack_unsigned, I16, _mm256_packus_epi16)
+PIVRA_LANE_OPERATION(I32, multiply_add, I16, _mm256_madd_epi16)
+PIVRA_LANE_OPERATION(I16, pack_words, I32, _mm256_packs_epi32)
 PIVRA_LANE_OPERATION(I16, larger, I16, _mm256_max_epi16)
 PIVRA_LANE_OPERATION(I16, add_saturated, I16, _mm256_adds_epi16)
 PIVRA_LANE_OPERATION(I16, multiply_add_bytes, U8, _mm256_maddubs_epi16)
@@ -58,6 +60,36 @@ PIVRA_INLINE uint8_t *store_lanes(uint8_t *p, const U8 (&v)[n]) {
     store(p + 32 * i, (U8)joined);
   }
   return p + 32 * n;
+}
+
+// The lanes' first 32 or 64 bits in turn, then their next ones, and so on.
+PIVRA_INLINE U8 in_turn32(U8 v) {
+  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+  return (U8)_mm256_permutevar8x32_epi32((__m256i)v, order);
+}
+PIVRA_INLINE U8 in_turn64(U8 v) {
+  return (U8)_mm256_permute4x64_epi64((__m256i)v, _MM_SHUFFLE(3, 1, 2, 0));
+}
+PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
+  _mm256_storeu2_m128i((__m128i *)q, (__m128i *)p, (__m256i)v);
+}
+PIVRA_INLINE U8 even_pixels(U8 a, U8 b) {
+  return in_turn64((U8)_mm256_shuffle_ps((__m256)a, (__m256)b, _MM_SHUFFLE(2, 0, 2, 0)));
+}
+
+// Four triples from either address, moved apart; in the second lane from byte `first` on.
+template <int8_t first>
+PIVRA_INLINE U8 spread_triples(const uint8_t *low, const uint8_t *high) {
+  constexpr int8_t s = first;
+  const __m256i order =
+      _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, s, s + 1, s + 2, -1,
+                       s + 3, s + 4, s + 5, -1, s + 6, s + 7, s + 8, -1, s + 9, s + 10, s + 11, -1);
+  return (U8)_mm256_shuffle_epi8(_mm256_loadu2_m128i((const __m128i *)high, (const __m128i *)low),
+                                 order);
+}
+PIVRA_INLINE Pixels load_triples(const uint8_t *p) {
+  return {{spread_triples<0>(p, p + 12), spread_triples<0>(p + 24, p + 36),
+           spread_triples<0>(p + 48, p + 60), spread_triples<4>(p + 72, p + 80)}};
 }
 
 }  // namespace pivra::PIVRA_LEVEL

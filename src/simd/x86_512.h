@@ -14,6 +14,8 @@ PIVRA_INLINE I16 load_widened(const uint8_t *p) {
   PIVRA_INLINE Result name(T a, T b) { return (Result)intrinsic((__m512i)a, (__m512i)b); }
 PIVRA_OPERATION(U8, pack_unsigned, I16, _mm512_packus_epi16)
 PIVRA_OPERATION(I16, add_saturated, I16, _mm512_adds_epi16)
+PIVRA_OPERATION(I32, multiply_add, I16, _mm512_madd_epi16)
+PIVRA_OPERATION(I16, pack_words, I32, _mm512_packs_epi32)
 PIVRA_OPERATION(I16, larger, I16, _mm512_max_epi16)
 PIVRA_OPERATION(I16, multiply_add_bytes, U8, _mm512_maddubs_epi16)
 #undef PIVRA_OPERATION
@@ -98,6 +100,39 @@ PIVRA_INLINE uint8_t *store_interleaved3(uint8_t *p, Bytes a, Bytes b, Bytes c) 
 
 PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
   return store_in_turn(p, even, odd);
+}
+
+// The lanes' first 32 or 64 bits in turn, then their next ones, and so on.
+PIVRA_INLINE U8 in_turn32(U8 v) {
+  const I32 d = (I32)v;
+  return (U8)__builtin_shufflevector(d, d, 0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+}
+PIVRA_INLINE U8 in_turn64(U8 v) {
+  const __m512i q = (__m512i)v;
+  return (U8)__builtin_shufflevector(q, q, 0, 2, 4, 6, 1, 3, 5, 7);
+}
+PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
+  memcpy(p, &v, kBlock / 2);
+  memcpy(q, (const uint8_t *)&v + kBlock / 2, kBlock / 2);
+}
+PIVRA_INLINE U8 even_pixels(U8 a, U8 b) {
+  return (U8)__builtin_shufflevector((I32)a, (I32)b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24,
+                                     26, 28, 30);
+}
+
+// Triples from byte `first` on, moved apart.
+template <int first>
+constexpr Order kTriplesApart = make_order([](int i) {
+  return first + i / 4 * 3 + (i % 4 < 3 ? i % 4 : 0);
+});
+template <int first>
+PIVRA_INLINE U8 load_triples_apart(const uint8_t *p) {
+  const __m512i order = _mm512_load_si512(&kTriplesApart<first>);
+  return (U8)_mm512_maskz_permutexvar_epi8(~__mmask64{0}, order, (__m512i)load(p));
+}
+PIVRA_INLINE Pixels load_triples(const uint8_t *p) {
+  return {{load_triples_apart<0>(p), load_triples_apart<0>(p + 48), load_triples_apart<0>(p + 96),
+           load_triples_apart<16>(p + 128)}};
 }
 
 }  // namespace pivra::PIVRA_LEVEL
