@@ -46,17 +46,19 @@ template <class Layout, class Target>
 void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t *dst_stride,
              uint8_t **dst) {
   constexpr TileLayout kLuma = Layout::kLuma, kChroma = Layout::kChroma;
-  const int32_t w = Layout::columns(width[0]), h = height[0];
-  for_each_tile<kLuma>(w, h, [&](const Tile &tile) {
-    const uint8_t *luma = src[0] + tile_offset(kLuma, w, h, tile.x, tile.y);
-    const uint8_t *chroma = src[1] + tile_offset(kChroma, w, h >> 1, tile.x, tile.y >> 1);
-    uint8_t *const out = dst[0] + ptrdiff_t{tile.x} * Target::kBytes;
-    const auto line = [&](int32_t row) {
-      return Layout::template line<Target::kBytes>(tile.y, row, dst_stride[0]);
+  const int32_t w = Layout::columns(width[0]), h = height[0], stride = dst_stride[0];
+  const uint8_t *const luma_plane = src[0], *const chroma_plane = src[1];
+  uint8_t *const picture = dst[0];
+  for_each_tile<kLuma>(w, h, [=](Tile tile) {
+    const uint8_t *luma = luma_plane + tile_offset(kLuma, w, h, tile.x, tile.y);
+    const uint8_t *chroma = chroma_plane + tile_offset(kChroma, w, h >> 1, tile.x, tile.y >> 1);
+    uint8_t *const out = picture + ptrdiff_t{tile.x} * Target::kBytes;
+    const auto line = [=](int32_t row) {
+      return Layout::template line<Target::kBytes>(tile.y, row, stride);
     };
+    const ptrdiff_t row_bytes = ptrdiff_t{tile.columns} * Target::kBytes;
     for (int32_t row = 0; row < tile.rows;) {
       const ptrdiff_t distance = line(row + 1) - line(row);
-      const ptrdiff_t row_bytes = ptrdiff_t{tile.columns} * Target::kBytes;
       const bool overlap = distance < row_bytes && -distance < row_bytes;
       const bool lone = overlap || (row & 1) || row + 1 == tile.rows;
       const int32_t second = lone ? row : row + 1;
