@@ -12,7 +12,7 @@
 
 #include "kernels.h"
 #include "peers.h"
-#include "pivra.hpp"
+#include "pictures.h"
 #include "race.h"
 
 namespace {
@@ -34,10 +34,10 @@ std::vector<std::uint8_t> noise(std::size_t size) {
 }
 
 void race_conversion(benchmark::State &state, const Kernel &kernel, int width, int height) {
-  pivra::Picture source(kernel.from, width, height), result(kernel.to, width, height);
+  BenchPicture source(kernel.from, width, height), result(kernel.to, width, height);
   std::ranges::copy(noise(source.bytes().size()), source.bytes().begin());
   const ImageDesc src = source.desc(), dst = result.desc();
-  const auto copied = noise((source.bytes().size() + result.bytes().size()) / 2);
+  const auto copied = noise((source.samples() + result.samples()) / 2);
   auto copy = copied;
 
   std::vector<Contender> contenders = {{"pivra", [&] { kernel(src, dst); }}};

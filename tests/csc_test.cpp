@@ -174,7 +174,7 @@ struct Image {
   explicit Image(int32_t format, int32_t width, int32_t height) {
     desc.format = format;
     for (int plane = 0; plane < 4; ++plane) {
-      bytes[plane] = noise(static_cast<size_t>(width) * height * 8 + 64);  // rows may double
+      bytes[plane] = noise(static_cast<size_t>(width) * height * 8 + 4096);  // tiles are whole
       desc.plane[plane] = bytes[plane].data();
       desc.width[plane] = width;
       desc.height[plane] = height;
@@ -191,6 +191,7 @@ TEST(Dispatcher, ConvertsThePairsOfTheListAndNoOthers) {
   pairs.insert({PIVRA_FORMAT_##SOURCE, PIVRA_FORMAT_##DESTINATION});
   PIVRA_CSC_PAIRS(PIVRA_INSERT)
 #undef PIVRA_INSERT
+  pairs.erase({PIVRA_FORMAT_T256X16, PIVRA_FORMAT_RGBA8888});  // not at this size
   Image src(0, 8, 8), dst(0, 8, 8);
   for (int32_t from = -1; from <= 600; ++from)
     for (int32_t to = -1; to <= 600; ++to) {

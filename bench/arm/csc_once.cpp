@@ -8,7 +8,7 @@
 #include <exception>
 
 #include "kernels.h"
-#include "pivra.hpp"
+#include "pictures.h"
 
 int main(int argc, char **argv) try {
   if (argc == 1) {
@@ -22,7 +22,7 @@ int main(int argc, char **argv) try {
     return EXIT_FAILURE;
   }
   const int width = std::atoi(argv[2]), height = std::atoi(argv[3]);
-  pivra::Picture src(kernel->from, width, height), dst(kernel->to, width, height);
+  BenchPicture src(kernel->from, width, height), dst(kernel->to, width, height);
   const ImageDesc from = src.desc(), to = dst.desc();
   for (int i = std::atoi(argv[4]); i > 0; --i) (*kernel)(from, to);
   return EXIT_SUCCESS;

@@ -3,26 +3,31 @@
 #include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
 #include "pivra.h"
+#include "tile/tiled_to_rgb.h"
 
 // Exported kernels of a family: handed on to the chosen level.
-#define PIVRA_HAND_ON(tables, source, destination)                                            \
+#define PIVRA_HAND_ON(family, source, destination)                                            \
   void PIVRA_CSC_NAME(source, destination)(uint8_t * *src, int32_t * width, int32_t * height, \
                                            int32_t * src_stride, int32_t * dst_stride,        \
                                            uint8_t * *dst) {                                  \
-    pivra::chosen(pivra::tables)                                                              \
+    pivra::chosen(pivra::family##_tables)                                                     \
         .source##_to_##destination(src, width, height, src_stride, dst_stride, dst);          \
   }
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
-  PIVRA_HAND_ON(yuv_to_rgb_tables, source, destination)
+  PIVRA_HAND_ON(yuv_to_rgb, source, destination)
 PIVRA_YUV_TO_RGB_DIRECT(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
-  PIVRA_HAND_ON(rgb_to_yuv_tables, source, destination)
+  PIVRA_HAND_ON(rgb_to_yuv, source, destination)
 PIVRA_RGB_TO_YUV(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
-  PIVRA_HAND_ON(rgb_to_rgb_tables, source, destination)
+  PIVRA_HAND_ON(rgb_to_rgb, source, destination)
 PIVRA_RGB_TO_RGB(PIVRA_DEFINE)
+#undef PIVRA_DEFINE
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(tiled_to_rgb, source, destination)
+PIVRA_TILED_TO_RGB(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 
 namespace {
@@ -70,11 +75,18 @@ bool too_small(const ImageDesc &image) {
   return image.width[0] < kSmallest || image.height[0] < kSmallest;
 }
 
+// The 256x16 layout is that of high-definition frames only.
+constexpr int32_t kSmallestWidth256x16 = 1281;
+
+bool too_narrow(const ImageDesc &src) {
+  return src.format == PIVRA_FORMAT_T256X16 && src.width[0] < kSmallestWidth256x16;
+}
+
 }  // namespace
 
 int32_t pivra_csc(ImageDesc *src, ImageDesc *dst) {
   if (src->format == dst->format) return PIVRA_REFUSED;
-  if (too_small(*src) || too_small(*dst)) return PIVRA_UNSUPPORTED;
+  if (too_small(*src) || too_small(*dst) || too_narrow(*src)) return PIVRA_UNSUPPORTED;
   for (const Pair &pair : kPairs) {
     if (pair.source != src->format || pair.destination != dst->format) continue;
     pair.kernel(src->plane, src->width, src->height, src->stride, dst->stride, dst->plane);

@@ -1,0 +1,93 @@
+// Tiled nv12 to RGB: tile by tile, the rows of a tile as rows of nv12. Compiled
+// once per instruction-set level.
+#include "tile/tiled_to_rgb.h"
+
+#include "csc/rows.h"
+#include "tile/layout.h"
+
+namespace pivra::PIVRA_LEVEL {
+namespace {
+
+// A layout's planes, the columns that are converted, and where destination row
+// y + row begins, y being the first row of a tile.
+struct T64x32 {
+  static constexpr TileLayout kLuma = k64x32, kChroma = k64x32;
+  static int32_t columns(int32_t width) { return width; }
+  template <int kPixelBytes>
+  static ptrdiff_t line(int32_t y, int32_t row, int32_t stride) {
+    return ptrdiff_t{y + row} * (kPixelBytes == 2 ? stride & ~1 : stride);
+  }
+};
+
+struct T16x16 {
+  static constexpr TileLayout kLuma = k16x16, kChroma = k16x8;
+  static int32_t columns(int32_t width) { return width; }
+  template <int kPixelBytes>
+  static ptrdiff_t line(int32_t y, int32_t row, int32_t stride) {
+    return ptrdiff_t{y + row} * stride;
+  }
+};
+
+// No more than a band holds, and whole pairs.
+struct T256x16 {
+  static constexpr TileLayout kLuma = k256x16, kChroma = k256x16;
+  static int32_t columns(int32_t width) { return (smaller(width, kLuma.group) + 1) & ~1; }
+  template <int kPixelBytes>
+  static ptrdiff_t line(int32_t y, int32_t row, int32_t stride) {
+    constexpr ptrdiff_t kWords = ~ptrdiff_t{3};
+    return (ptrdiff_t{y} * stride & kWords) + (ptrdiff_t{row} * stride & kWords);
+  }
+};
+
+// Rows that share chroma are converted together unless they overlap in the
+// destination: there the later row has to win. The last row of an odd height is
+// a pair with itself.
+template <class Layout, class Target>
+void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t *dst_stride,
+             uint8_t **dst) {
+  constexpr TileLayout kLuma = Layout::kLuma, kChroma = Layout::kChroma;
+  const int32_t w = Layout::columns(width[0]), h = height[0], stride = dst_stride[0];
+  const uint8_t *const luma_plane = src[0], *const chroma_plane = src[1];
+  uint8_t *const picture = dst[0];
+  for_each_tile<kLuma>(w, h, [=](Tile tile) {
+    const uint8_t *luma = luma_plane + tile_offset(kLuma, w, h, tile.x, tile.y);
+    const uint8_t *chroma = chroma_plane + tile_offset(kChroma, w, h >> 1, tile.x, tile.y >> 1);
+    uint8_t *const out = picture + ptrdiff_t{tile.x} * Target::kBytes;
+    const auto line = [=](int32_t row) {
+      return Layout::template line<Target::kBytes>(tile.y, row, stride);
+    };
+    const ptrdiff_t row_bytes = ptrdiff_t{tile.columns} * Target::kBytes;
+    for (int32_t row = 0; row < tile.rows;) {
+      const ptrdiff_t distance = line(row + 1) - line(row);
+      const bool overlap = distance < row_bytes && -distance < row_bytes;
+      const bool lone = overlap || (row & 1) || row + 1 == tile.rows;
+      const int32_t second = lone ? row : row + 1;
+      SourceRows<2> in = {{luma + row * kLuma.width, luma + second * kLuma.width},
+                          {chroma + (row >> 1) * kChroma.width, nullptr}};
+      TargetRows<2> to = {{out + line(row), out + line(second)}};
+      if (tile.columns == kLuma.width)
+        convert_rows<Nv12, Target>(in, to, kLuma.width);
+      else
+        convert_rows<Nv12, Target>(in, to, tile.columns);
+      row = second + 1;
+    }
+  });
+}
+
+}  // namespace
+
+extern const TiledToRgb tiled_to_rgb;
+const TiledToRgb tiled_to_rgb = {
+    .t64x32_to_rgb565 = convert<T64x32, Rgb565>,
+    .t64x32_to_bgr565 = convert<T64x32, Bgr565>,
+    .t64x32_to_rgb888 = convert<T64x32, Rgb888>,
+    .t64x32_to_bgr888 = convert<T64x32, Bgr888>,
+    .t64x32_to_rgba8888 = convert<T64x32, Rgba8888>,
+    .t64x32_to_bgra8888 = convert<T64x32, Bgra8888>,
+    .t64x32_to_argb8888 = convert<T64x32, Argb8888>,
+    .t64x32_to_abgr8888 = convert<T64x32, Abgr8888>,
+    .t16x16_to_rgba8888 = convert<T16x16, Rgba8888>,
+    .t256x16_to_rgba8888 = convert<T256x16, Rgba8888>,
+};
+
+}  // namespace pivra::PIVRA_LEVEL
