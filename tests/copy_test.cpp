@@ -71,7 +71,8 @@ struct Planes {
   explicit Planes(int32_t format) {
     desc.format = format;
     for (int plane = 0; plane < 4; ++plane) {
-      bytes[plane] = random_bytes(64 * 8);
+      bytes[plane].resize(64 * 8);  // never all the same, or copies would not show
+      for (uint8_t &b : bytes[plane]) b = static_cast<uint8_t>(random_engine()());
       desc.plane[plane] = bytes[plane].data();
       desc.width[plane] = 16;
       desc.height[plane] = 8;
