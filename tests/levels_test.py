@@ -11,8 +11,8 @@ import re
 from commands import run
 
 # Level: what a matrix compiles to, and what no kernel may contain. The former are
-# saturating sums or, from RGB, sums narrowed by saturation or to their upper half:
-# what no compiler makes of the scalar code, even where it vectorises it.
+# saturating sums, which no compiler makes of the scalar code, even where it vectorises
+# it; from RGB, sums narrowed by saturation or to their upper half, which some do.
 X86 = r"\bv?(paddsw|packssdw)\b"
 NEON = r"\b(sqadd|vqadd\.s16|addhn|vaddhn\.i16)\b"
 LEVELS = {
@@ -20,7 +20,7 @@ LEVELS = {
     "avx2": (X86 + ".*%ymm", r"%zmm"),
     "avx512": (X86 + ".*%zmm", None),
     "neon": (NEON, None),
-    "plain": (None, X86 + "|%[yz]mm|" + NEON),
+    "plain": (None, r"\bpaddsw\b|%[yz]mm|\bv?pmaddubsw\b|" + NEON),
 }
 
 # Kernels are told from other functions by their signature. Grey and RGB to RGB
