@@ -442,7 +442,7 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
  * and row by row in a tile.
  *
  * - t64x32: w is even. 16-bit formats round the stride down to an even one.
- * - t16x16: any size.
+ * - t16x16: any size; written row by row as linear nv12 is.
  * - t256x16: pivra_csc takes widths from 1281. Columns from 2048 on are not
  *   converted. An odd width below that converts one pixel past the row, which
  *   stays where the next row begins in an earlier tile. Row y begins at
