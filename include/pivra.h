@@ -344,90 +344,6 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   KERNEL(NV21, nv21, NV12, nv12)
 
 /**
- * Tiled layouts
- * -------------
- * A tiled plane is cut into tiles; the rows of a tile follow one another without
- * gaps, and so do the tiles. Widths here are bytes of the plane; a tiled 4:2:0
- * picture is a luma plane (w x h) and an interleaved chroma plane, U first, of w
- * bytes x h/2 rows, each tiled by itself. Strides of a tiled side are not read.
- *
- *     layout   tile     bytes a tile     a band of tile rows holds
- *     64x32    64 x 32  2048             ceil(w / 128) groups of four tiles
- *     16x16    16 x 16  256              ceil(w / 16) tiles, left to right
- *     16x8     16 x 8   128              ceil(w / 16) tiles, left to right
- *     8x8       8 x 8   64               ceil(w / 8) tiles, left to right
- *     8x4       8 x 4   64, 32 of them   ceil(w / 8) tiles, left to right
- *                       read
- *     256x16  256 x 16  4096             8 tiles, left to right
- *
- * A band of the 64x32 layout is two tile rows, that is 64 rows of the plane, in
- * the order of tiles
- *
- *     upper row    0  1   6  7   8  9  14 15
- *     lower row    2  3   4  5  10 11  12 13
- *
- * but an upper row that has no lower one below it runs from left to right. A
- * plane of it takes ceil(h / 64) x ceil(w / 128) x 8192 bytes.
- *
- * t64x32 is the 64x32 layout for luma and chroma, t16x16 has luma in 16x16 and
- * chroma in 16x8, t256x16 has both in 256x16. t8x8 is a single block of memory,
- * plane 0: macroblocks of 256 bytes, ceil(w / 16) x ceil(h / 16) of them in
- * rows, each two strips of 8 x 16 samples, the left one first; then the chroma
- * of all macroblocks in the same order, 128 bytes each, two strips of 4 pairs x
- * 8 rows.
- *
- * To RGB. The matrix is that of YUV to RGB, the pixels are those of the nv12
- * picture in the tiles, and h rows are written. Pixels are written tile by tile,
- * and row by row in a tile.
- *
- * - t64x32: w is even. 16-bit formats round the stride down to an even one.
- * - t16x16: any size.
- * - t256x16: pivra_csc takes widths from 1281. Columns from 2048 on are not
- *   converted. An odd width below that converts one pixel past the row, which
- *   stays where the next row begins in an earlier tile. Row y begins at
- *   16 (y / 16) x stride plus (y mod 16) x stride, each rounded down to a
- *   multiple of 4.
- * - t8x8: any size; the destination's stride is not read, its rows lie w x 4
- *   bytes apart. The matrix is another one, and the result is cut to the bits
- *   of rgb565:
- *
- *       R = clamp((298 Y         + 408 V - 57059) >> 8) & 0xF8
- *       G = clamp((298 Y - 100 U - 208 V + 34713) >> 8) & 0xFC
- *       B = clamp((298 Y + 516 U         - 70887) >> 8) & 0xF8
- *
- * To and from linear 4:2:0. The copies further down, of luma (w x h) and chroma
- * (w x h/2, rounded down), with what they say about small and odd sizes.
- *
- * - t64x32 to nv21: nv12, and then the first w x h/2 bytes of plane 1 are
- *   exchanged pair by pair, as if its rows had no padding.
- * - t64x32 to yuv420: both chroma planes use stride[2]; to yv12: stride[1].
- * - yuv420 to t64x32 writes the picture's samples and leaves the rest of the
- *   tiles as it is. For an odd width the last U, V is a whole pair.
- */
-
-/** Tiled layouts with the usual matrix to RGB. */
-#define PIVRA_TILED_TO_RGB(KERNEL)           \
-  PIVRA_TO_EVERY_RGB(KERNEL, T64X32, t64x32) \
-  KERNEL(T16X16, t16x16, RGBA8888, rgba8888) \
-  KERNEL(T256X16, t256x16, RGBA8888, rgba8888)
-
-/** Tiled layouts to linear 4:2:0 and back. */
-#define PIVRA_TILED_TO_LINEAR(KERNEL)    \
-  KERNEL(T64X32, t64x32, YUV420, yuv420) \
-  KERNEL(T64X32, t64x32, YV12, yv12)     \
-  KERNEL(T64X32, t64x32, NV12, nv12)     \
-  KERNEL(T64X32, t64x32, NV21, nv21)     \
-  KERNEL(T16X16, t16x16, YUV420, yuv420) \
-  KERNEL(T16X16, t16x16, NV12, nv12)     \
-  KERNEL(YUV420, yuv420, T64X32, t64x32)
-
-/** Every kernel of a tiled layout. */
-#define PIVRA_TILED(KERNEL)              \
-  PIVRA_TILED_TO_RGB(KERNEL)             \
-  KERNEL(T8X8, t8x8, RGBA8888, rgba8888) \
-  PIVRA_TILED_TO_LINEAR(KERNEL)
-
-/**
  * RGB to YUV
  * ----------
  * pivra_csc_<source>_to_<destination>: each of the eight RGB formats to yuv420,
@@ -488,13 +404,97 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   KERNEL(RGBA8888, rgba8888, RGB565, rgb565) \
   KERNEL(RGB565, rgb565, RGBA8888, rgba8888)
 
+/**
+ * Tiled layouts
+ * -------------
+ * A tiled plane is cut into tiles; the rows of a tile follow one another without
+ * gaps, and so do the tiles. Widths here are bytes of the plane; a tiled 4:2:0
+ * picture is a luma plane (w x h) and an interleaved chroma plane, U first, of w
+ * bytes x h/2 rows, each tiled by itself. Strides of a tiled side are not read.
+ *
+ *     layout   tile     bytes a tile     a band of tile rows holds
+ *     64x32    64 x 32  2048             ceil(w / 128) groups of four tiles
+ *     16x16    16 x 16  256              ceil(w / 16) tiles, left to right
+ *     16x8     16 x 8   128              ceil(w / 16) tiles, left to right
+ *     8x8       8 x 8   64               ceil(w / 8) tiles, left to right
+ *     8x4       8 x 4   64, 32 of them   ceil(w / 8) tiles, left to right
+ *                       read
+ *     256x16  256 x 16  4096             8 tiles, left to right
+ *
+ * A band of the 64x32 layout is two tile rows, that is 64 rows of the plane, in
+ * the order of tiles
+ *
+ *     upper row    0  1   6  7   8  9  14 15
+ *     lower row    2  3   4  5  10 11  12 13
+ *
+ * but an upper row that has no lower one below it runs from left to right. A
+ * plane of it takes ceil(h / 64) x ceil(w / 128) x 8192 bytes.
+ *
+ * t64x32 is the 64x32 layout for luma and chroma, t16x16 has luma in 16x16 and
+ * chroma in 16x8, t256x16 has both in 256x16. t8x8 is a single block of memory,
+ * plane 0: macroblocks of 256 bytes, ceil(w / 16) x ceil(h / 16) of them in
+ * rows, each two strips of 8 x 16 samples, the left one first; then the chroma
+ * of all macroblocks in the same order, 128 bytes each, two strips of 4 pairs x
+ * 8 rows.
+ *
+ * To RGB. The matrix is that of YUV to RGB, the pixels are those of the nv12
+ * picture in the tiles, and h rows are written. Pixels are written tile by tile,
+ * and row by row in a tile.
+ *
+ * - t64x32: w is even. 16-bit formats round the stride down to an even one.
+ * - t16x16: any size; written row by row as linear nv12 is.
+ * - t256x16: pivra_csc takes widths from 1281. Columns from 2048 on are not
+ *   converted. An odd width below that converts one pixel past the row, which
+ *   stays where the next row begins in an earlier tile. Row y begins at
+ *   16 (y / 16) x stride plus (y mod 16) x stride, each rounded down to a
+ *   multiple of 4.
+ * - t8x8: any size; the destination's stride is not read, its rows lie w x 4
+ *   bytes apart. The matrix is another one, and the result is cut to the bits
+ *   of rgb565:
+ *
+ *       R = clamp((298 Y         + 408 V - 57059) >> 8) & 0xF8
+ *       G = clamp((298 Y - 100 U - 208 V + 34713) >> 8) & 0xFC
+ *       B = clamp((298 Y + 516 U         - 70887) >> 8) & 0xF8
+ *
+ * To and from linear 4:2:0. The copies further down, of luma (w x h) and chroma
+ * (w x h/2, rounded down), with what they say about small and odd sizes.
+ *
+ * - t64x32 to nv21: nv12, and then the first w x h/2 bytes of plane 1 are
+ *   exchanged pair by pair, as if its rows had no padding.
+ * - t64x32 to yuv420: both chroma planes use stride[2]; to yv12: stride[1].
+ * - yuv420 to t64x32 writes the picture's samples and leaves the rest of the
+ *   tiles as it is. For an odd width the last U, V is a whole pair.
+ */
+
+/** Tiled layouts with the usual matrix to RGB. */
+#define PIVRA_TILED_TO_RGB(KERNEL)           \
+  PIVRA_TO_EVERY_RGB(KERNEL, T64X32, t64x32) \
+  KERNEL(T16X16, t16x16, RGBA8888, rgba8888) \
+  KERNEL(T256X16, t256x16, RGBA8888, rgba8888)
+
+/** Tiled layouts to linear 4:2:0 and back. */
+#define PIVRA_TILED_TO_LINEAR(KERNEL)    \
+  KERNEL(T64X32, t64x32, YUV420, yuv420) \
+  KERNEL(T64X32, t64x32, YV12, yv12)     \
+  KERNEL(T64X32, t64x32, NV12, nv12)     \
+  KERNEL(T64X32, t64x32, NV21, nv21)     \
+  KERNEL(T16X16, t16x16, YUV420, yuv420) \
+  KERNEL(T16X16, t16x16, NV12, nv12)     \
+  KERNEL(YUV420, yuv420, T64X32, t64x32)
+
+/** Every kernel of a tiled layout. */
+#define PIVRA_TILED(KERNEL)              \
+  PIVRA_TILED_TO_RGB(KERNEL)             \
+  KERNEL(T8X8, t8x8, RGBA8888, rgba8888) \
+  PIVRA_TILED_TO_LINEAR(KERNEL)
+
 /** Every pair that pivra_csc converts: the families above. */
 #define PIVRA_CSC_PAIRS(KERNEL) \
   PIVRA_YUV_TO_RGB(KERNEL)      \
   PIVRA_YUV_TO_YUV(KERNEL)      \
-  PIVRA_TILED(KERNEL)           \
   PIVRA_RGB_TO_YUV(KERNEL)      \
-  PIVRA_RGB_TO_RGB(KERNEL)
+  PIVRA_RGB_TO_RGB(KERNEL)      \
+  PIVRA_TILED(KERNEL)
 
 /** The name of the kernel for a pair. */
 #define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination

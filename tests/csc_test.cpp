@@ -174,7 +174,7 @@ struct Image {
   explicit Image(int32_t format, int32_t width, int32_t height) {
     desc.format = format;
     for (int plane = 0; plane < 4; ++plane) {
-      bytes[plane] = noise(static_cast<size_t>(width) * height * 8 + 4096);  // rows may double
+      bytes[plane] = noise(static_cast<size_t>(width) * height * 8 + 4096);  // tiles are whole
       desc.plane[plane] = bytes[plane].data();
       desc.width[plane] = width;
       desc.height[plane] = height;

@@ -19,9 +19,9 @@ namespace pivra {
 namespace plain {
 extern const YuvToRgb yuv_to_rgb;
 extern const Repack repack;
-extern const TiledToRgb tiled_to_rgb;
 extern const RgbToYuv rgb_to_yuv;
 extern const RgbToRgb rgb_to_rgb;
+extern const TiledToRgb tiled_to_rgb;
 }  // namespace plain
 
 namespace test {
@@ -30,9 +30,9 @@ struct LevelUnderTest {
   std::string name;
   const YuvToRgb &yuv_to_rgb;
   const Repack &repack;
-  const TiledToRgb &tiled_to_rgb;
   const RgbToYuv &rgb_to_yuv;
   const RgbToRgb &rgb_to_rgb;
+  const TiledToRgb &tiled_to_rgb;
 
   friend std::ostream &operator<<(std::ostream &out, const LevelUnderTest &level) {
     return out << level.name;
@@ -41,11 +41,11 @@ struct LevelUnderTest {
 
 inline std::vector<LevelUnderTest> levels_under_test() {
   std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb, plain::repack,
-                                        plain::tiled_to_rgb, plain::rgb_to_yuv, plain::rgb_to_rgb}};
+                                        plain::rgb_to_yuv, plain::rgb_to_rgb, plain::tiled_to_rgb}};
   for (size_t i = 0; i < kLevels; ++i)
     if (levels[i].supported() && levels[i].name != found[0].name)
       found.push_back({levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i],
-                       *tiled_to_rgb_tables[i], *rgb_to_yuv_tables[i], *rgb_to_rgb_tables[i]});
+                       *rgb_to_yuv_tables[i], *rgb_to_rgb_tables[i], *tiled_to_rgb_tables[i]});
   return found;
 }
 

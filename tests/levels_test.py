@@ -11,8 +11,8 @@ import re
 from commands import run
 
 # Level: what a matrix compiles to, and what no kernel may contain. The former are
-# saturating sums or, from RGB, sums narrowed by saturation or to their upper half:
-# what no compiler makes of the scalar code, even where it vectorises it.
+# saturating sums, which no compiler makes of the scalar code, even where it vectorises
+# it; from RGB, sums narrowed by saturation or to their upper half, which some do.
 X86 = r"\bv?(paddsw|packssdw)\b"
 NEON = r"\b(sqadd|vqadd\.s16|addhn|vaddhn\.i16)\b"
 LEVELS = {
@@ -20,12 +20,12 @@ LEVELS = {
     "avx2": (X86 + ".*%ymm", r"%zmm"),
     "avx512": (X86 + ".*%zmm", None),
     "neon": (NEON, None),
-    "plain": (None, X86 + "|%[yz]mm|" + NEON),
+    "plain": (None, r"\bpaddsw\b|%[yz]mm|\bv?pmaddubsw\b|" + NEON),
 }
 
-# Kernels are told from other functions by their signature. From grey and between
-# RGB layouts there is no matrix, and the compiler's vectors will do.
-NO_MATRIX = ("::GreyPlane", "::ToWords", "::ToBytes", "convert_luma_only")
+# Kernels are told from other functions by their signature. Grey and RGB to RGB
+# have no matrix, and luma alone is made by a function that kernels share.
+NO_MATRIX = ("::GreyPlane", "::ToWords", "::ToBytes", "::convert_luma_only")
 KERNEL = "(unsigned char**, int*, int*, int*, int*, unsigned char**)"
 
 

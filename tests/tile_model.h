@@ -139,7 +139,7 @@ struct TileModel : ConversionModel {
     const auto address = [tiles](const Raster &layout) {
       return [=](int32_t x, int32_t y) { return layout.address(tiles, x, y); };
     };
-    convert_tiles({16, 16, 256}, width, address({16, 16, 256}), address({16, 8, 128}),
+    convert_tiles({width, 1, 0}, width, address({16, 16, 256}), address({16, 8, 128}),
                   [&](int32_t y) { return ptrdiff_t{y} * dst_strides[0]; });
   }
 

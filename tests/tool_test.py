@@ -25,6 +25,7 @@ COMMANDS = {
     "convert clip.y4m": "output is required",
     "convert none.y4m out/a": "cannot open none.y4m: No such file",
     "convert out out/a": "cannot read out: Is a directory",
+    "convert out out/a -f nv12 -s 8x8": "cannot read out: Is a directory",
     "convert clip.y4m none/a": "cannot write none/a: No such file",
     "convert clip.y4m out": "cannot write out: Is a directory",
     "convert clip.yuv out/a": "clip.yuv is neither Y4M nor PNG; raw frames need --from and --size",

@@ -18,16 +18,16 @@
 PIVRA_YUV_TO_RGB_DIRECT(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
-  PIVRA_HAND_ON(tiled_to_rgb, source, destination)
-PIVRA_TILED_TO_RGB(PIVRA_DEFINE)
-#undef PIVRA_DEFINE
-#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
   PIVRA_HAND_ON(rgb_to_yuv, source, destination)
 PIVRA_RGB_TO_YUV(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
   PIVRA_HAND_ON(rgb_to_rgb, source, destination)
 PIVRA_RGB_TO_RGB(PIVRA_DEFINE)
+#undef PIVRA_DEFINE
+#define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
+  PIVRA_HAND_ON(tiled_to_rgb, source, destination)
+PIVRA_TILED_TO_RGB(PIVRA_DEFINE)
 #undef PIVRA_DEFINE
 
 namespace {

@@ -9,8 +9,8 @@ namespace {
 
 #if PIVRA_VECTORS
 
-// Pairs of a block that lie before a multiple of the vector size, where the
-// block starts `bytes_per_pair` bytes a pair behind one.
+// How many pairs, one at least and a block at most, to go from p to an address
+// that suits whole vectors.
 PIVRA_INLINE ptrdiff_t pairs_to_alignment(const uint8_t *p, ptrdiff_t bytes_per_pair) {
   const auto past = reinterpret_cast<uintptr_t>(p) % kBlock;
   return kBlock - static_cast<ptrdiff_t>(past) / bytes_per_pair;

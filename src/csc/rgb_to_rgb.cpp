@@ -1,8 +1,8 @@
 // Between RGB layouts of 16 and of 24 or 32 bits. Compiled once per instruction-set
-// level, for the compiler to make vectors of.
+// level.
 #include "csc/rgb_to_rgb.h"
 
-#include <string.h>
+#include "simd/simd.h"
 
 namespace pivra::PIVRA_LEVEL {
 namespace {
@@ -11,17 +11,35 @@ namespace {
 template <int kBytes>
 struct ToWords {
   static constexpr int kFrom = kBytes, kTo = 2;
-  static void pixel(const uint8_t *p, uint8_t *out) {
+
+#if PIVRA_VECTORS
+  static PIVRA_INLINE void block(const uint8_t *p, uint8_t *out) {
+    store_top_bits_565(out, load_pixels<kBytes>(p));
+  }
+#endif
+  static PIVRA_INLINE void pixel(const uint8_t *p, uint8_t *out) {
     const int32_t word = (p[0] & 0xF8) << 8 | (p[1] & 0xFC) << 3 | p[2] >> 3;
-    const uint8_t bytes[] = {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8)};
-    memcpy(out, bytes, 2);
+    out[0] = static_cast<uint8_t>(word);
+    out[1] = static_cast<uint8_t>(word >> 8);
   }
 };
 
 // The fields become the upper bits of a byte, the lower ones are zero.
 struct ToBytes {
   static constexpr int kFrom = 2, kTo = 4;
-  static void pixel(const uint8_t *p, uint8_t *out) {
+
+#if PIVRA_VECTORS
+  // Red and green in words of their own, blue and alpha too, stored by turns.
+  static PIVRA_INLINE void block(const uint8_t *p, uint8_t *out) {
+    Words words = load_words(p);
+    for (const U16 w : words.v) {
+      const U16 rg = (w >> 8 & uint16_t{0xF8}) | (w << 5 & uint16_t{0xFC00});
+      const U16 ba = (w << 3 & uint16_t{0xF8}) | uint16_t{0xFF00};
+      out = store_565(out, (Words565)rg, (Words565)ba);
+    }
+  }
+#endif
+  static PIVRA_INLINE void pixel(const uint8_t *p, uint8_t *out) {
     const int32_t word = p[0] | p[1] << 8;
     out[0] = static_cast<uint8_t>(word >> 8 & 0xF8);
     out[1] = static_cast<uint8_t>(word >> 3 & 0xFC);
@@ -35,14 +53,26 @@ constexpr ptrdiff_t whole_pixels(ptrdiff_t stride, int bytes) {
   return bytes == 3 ? stride : stride & -ptrdiff_t{bytes};
 }
 
+// The last block overlaps the one before it where the row is no multiple of one.
+template <class Rule>
+PIVRA_INLINE void convert_row(const uint8_t *in, uint8_t *out, ptrdiff_t columns) {
+  ptrdiff_t x = 0;
+#if PIVRA_VECTORS
+  if (columns >= kBlock)
+    for (; x < columns; x += kBlock) {
+      if (x > columns - kBlock) x = columns - kBlock;
+      Rule::block(in + x * Rule::kFrom, out + x * Rule::kTo);
+    }
+#endif
+  for (; x < columns; ++x) Rule::pixel(in + x * Rule::kFrom, out + x * Rule::kTo);
+}
+
 template <class Rule>
 void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride,
              int32_t *dst_stride, uint8_t **dst) {
-  for (ptrdiff_t y = 0; y < height[0]; ++y) {
-    const uint8_t *__restrict in = src[0] + y * whole_pixels(src_stride[0], Rule::kFrom);
-    uint8_t *__restrict out = dst[0] + y * whole_pixels(dst_stride[0], Rule::kTo);
-    for (ptrdiff_t x = 0; x < width[0]; ++x) Rule::pixel(in + x * Rule::kFrom, out + x * Rule::kTo);
-  }
+  for (ptrdiff_t y = 0; y < height[0]; ++y)
+    convert_row<Rule>(src[0] + y * whole_pixels(src_stride[0], Rule::kFrom),
+                      dst[0] + y * whole_pixels(dst_stride[0], Rule::kTo), width[0]);
 }
 
 }  // namespace

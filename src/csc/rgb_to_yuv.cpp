@@ -9,11 +9,11 @@ namespace {
 
 enum class Part { kLuma, kChroma, kBoth };
 
-template <class Source, class Target>
+template <class Source, class Target, Part kPart>
 PIVRA_INLINE void advance(const uint8_t *&in, YuvRow &out, ptrdiff_t pixels) {
   in += pixels * Source::kBytes;
-  out.luma += pixels;
-  for (int plane = 0; plane < Target::kPlanes; ++plane)
+  if constexpr (kPart != Part::kChroma) out.luma += pixels;
+  for (int plane = 0; plane < Target::kPlanes && kPart != Part::kLuma; ++plane)
     out.chroma[plane] += pixels * Target::kSampleBytes / Target::kPixelsPerSample;
 }
 
@@ -33,10 +33,10 @@ PIVRA_INLINE ptrdiff_t convert_blocks(const uint8_t *&in, YuvRow &out, ptrdiff_t
       if constexpr (kPart != Part::kChroma)
         store_top_bytes<typename Source::template Weights<kLuma>>(out.luma, block);
       if constexpr (kPart != Part::kLuma) Target::template store<Source>(out, block);
-      advance<Source, Target>(in, out, kBlock);
+      advance<Source, Target, kPart>(in, out, kBlock);
     } while (--blocks > 0);
     if (rest == 0) return pairs;
-    advance<Source, Target>(in, out, rest - kBlock);
+    advance<Source, Target, kPart>(in, out, rest - kBlock);
     blocks = 1;
     rest = 0;
   }

@@ -44,9 +44,9 @@ struct ToPairs {
   template <class Source, class Block>
   static PIVRA_INLINE void store(YuvRow out, Block block) {
     auto even = even_pixels(block);
-    store_pairs(out.chroma[0],
-                top_bytes<typename Source::template Weights<kU == 0 ? kCb : kCr>>(even),
-                top_bytes<typename Source::template Weights<kU == 0 ? kCr : kCb>>(even));
+    store_twos(out.chroma[0],
+               top_bytes<typename Source::template Weights<kU == 0 ? kCb : kCr>>(even),
+               top_bytes<typename Source::template Weights<kU == 0 ? kCr : kCb>>(even));
   }
 #endif
   template <class Source>

@@ -250,16 +250,29 @@ PIVRA_INLINE void store_top_bytes(uint8_t *p, Channels<uint8x16_t, n> block) {
   vst1q_u8(p, vcombine_u8(top_bytes<W>(for_each_channel<Narrow>(block, low)),
                           top_bytes<W>(for_each_channel<Narrow>(block, high))));
 }
+template <int n>
+PIVRA_INLINE uint8_t *store_top_bits_565(uint8_t *p, Channels<uint8x16_t, n> block) {
+  const auto words = [](uint8x8_t a, uint8x8_t b, uint8x8_t c) {
+    const uint16x8_t ab = vsriq_n_u16(vshll_n_u8(a, 8), vshll_n_u8(b, 8), 5);
+    return vreinterpretq_u8_u16(vsriq_n_u16(ab, vshll_n_u8(c, 8), 11));
+  };
+  vst1q_u8(
+      p, words(vget_low_u8(block.byte[0]), vget_low_u8(block.byte[1]), vget_low_u8(block.byte[2])));
+  vst1q_u8(p + 16, words(vget_high_u8(block.byte[0]), vget_high_u8(block.byte[1]),
+                         vget_high_u8(block.byte[2])));
+  return p + 32;
+}
 
+typedef uint16x8_t U16;
 struct Words {
-  uint16x8_t low, high;
+  uint16x8_t v[2];
 };
 PIVRA_INLINE Words load_words(const uint8_t *p) {
-  return {vreinterpretq_u16_u8(vld1q_u8(p)), vreinterpretq_u16_u8(vld1q_u8(p + 16))};
+  return {{vreinterpretq_u16_u8(vld1q_u8(p)), vreinterpretq_u16_u8(vld1q_u8(p + 16))}};
 }
 PIVRA_INLINE uint16x8_t even_pixels(Words w) {
-  return vcombine_u16(vmovn_u32(vreinterpretq_u32_u16(w.low)),
-                      vmovn_u32(vreinterpretq_u32_u16(w.high)));
+  return vcombine_u16(vmovn_u32(vreinterpretq_u32_u16(w.v[0])),
+                      vmovn_u32(vreinterpretq_u32_u16(w.v[1])));
 }
 template <class W>
 PIVRA_INLINE TopBytes top_bytes(uint16x8_t word) {
@@ -271,14 +284,14 @@ PIVRA_INLINE TopBytes top_bytes(uint16x8_t word) {
 }
 template <class W>
 PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
-  vst1q_u8(p, vcombine_u8(top_bytes<W>(block.low), top_bytes<W>(block.high)));
+  vst1q_u8(p, vcombine_u8(top_bytes<W>(block.v[0]), top_bytes<W>(block.v[1])));
 }
 
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   vst1_u8(p, a);
   vst1_u8(q, b);
 }
-PIVRA_INLINE void store_pairs(uint8_t *p, TopBytes a, TopBytes b) {
+PIVRA_INLINE void store_twos(uint8_t *p, TopBytes a, TopBytes b) {
   vst2_u8(p, uint8x8x2_t{{a, b}});
 }
 

@@ -49,12 +49,13 @@
 // result is the upper byte of its sum.
 //
 //   load_pixels<3 or 4>(p)    kBlock pixels of that many bytes
-//   load_words(p)             kBlock little-endian words
+//   load_words(p)             kBlock little-endian words: Words, two of U16 in v[2]
 //   even_pixels(block)        every other pixel of either, from the first on
 //   top_bytes<W>(even)        W::k are ByteWeights or, for words, WordWeights: TopBytes
 //   store_top_bytes<W>(p, block)  kBlock bytes, one for each pixel
 //   store_planes(p, q, a, b)  TopBytes a to p and b to q
-//   store_pairs(p, a, b)      TopBytes of both by turns
+//   store_twos(p, a, b)       TopBytes of both by turns
+//   store_top_bits_565(p, block)  5-6-5 words of the first three bytes of pixels
 //
 // Other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.

@@ -229,6 +229,16 @@ PIVRA_INLINE void store_top_bytes(uint8_t *p, Pixels block) {
   const U16 a = weigh<W>(block.v[0], block.v[1]), b = weigh<W>(block.v[2], block.v[3]);
   store(p, in_turn32(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
 }
+PIVRA_INLINE uint8_t *store_top_bits_565(uint8_t *p, Pixels block) {
+  for (int i = 0; i < 2; ++i, p += kBlock) {
+    const auto word = [](U8 v) {
+      const I32 pixel = (I32)v;
+      return (pixel << 8 & 0xF800) | (pixel >> 5 & 0x07E0) | (pixel >> 19 & 0x001F);
+    };
+    store(p, in_turn64((U8)pack_low_words(word(block.v[2 * i]), word(block.v[2 * i + 1]))));
+  }
+  return p;
+}
 
 PIVRA_INLINE Words load_words(const uint8_t *p) { return {{(U16)load(p), (U16)load(p + kBlock)}}; }
 PIVRA_INLINE U16 even_pixels(Words w) { return (U16)pack_low_words((I32)w.v[0], (I32)w.v[1]); }
@@ -248,7 +258,7 @@ PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   store_halves(p, q, in_turn32(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
 }
-PIVRA_INLINE void store_pairs(uint8_t *p, TopBytes a, TopBytes b) {
+PIVRA_INLINE void store_twos(uint8_t *p, TopBytes a, TopBytes b) {
   store(p, in_turn64((U8)(a >> 8 | (b & uint16_t{0xFF00}))));
 }
 

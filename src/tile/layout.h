@@ -72,7 +72,8 @@ struct Tile {
 };
 
 template <TileLayout kLayout, class Action>
-static inline void for_each_tile(int32_t width, int32_t height, Action action) {
+__attribute__((always_inline)) static inline void for_each_tile(int32_t width, int32_t height,
+                                                                Action action) {
   for (int32_t y = 0; y < height; y += kLayout.rows)
     for (int32_t x = 0; x < width; x += kLayout.width)
       action(Tile{x, y, smaller(kLayout.width, width - x), smaller(kLayout.rows, height - y)});

@@ -19,15 +19,6 @@ struct T64x32 {
   }
 };
 
-struct T16x16 {
-  static constexpr TileLayout kLuma = k16x16, kChroma = k16x8;
-  static int32_t columns(int32_t width) { return width; }
-  template <int kPixelBytes>
-  static ptrdiff_t line(int32_t y, int32_t row, int32_t stride) {
-    return ptrdiff_t{y + row} * stride;
-  }
-};
-
 // No more than a band holds, and whole pairs.
 struct T256x16 {
   static constexpr TileLayout kLuma = k256x16, kChroma = k256x16;
@@ -46,30 +37,69 @@ template <class Layout, class Target>
 void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t *dst_stride,
              uint8_t **dst) {
   constexpr TileLayout kLuma = Layout::kLuma, kChroma = Layout::kChroma;
-  const int32_t w = Layout::columns(width[0]), h = height[0];
-  for_each_tile<kLuma>(w, h, [&](const Tile &tile) {
-    const uint8_t *luma = src[0] + tile_offset(kLuma, w, h, tile.x, tile.y);
-    const uint8_t *chroma = src[1] + tile_offset(kChroma, w, h >> 1, tile.x, tile.y >> 1);
-    uint8_t *const out = dst[0] + ptrdiff_t{tile.x} * Target::kBytes;
-    const auto line = [&](int32_t row) {
-      return Layout::template line<Target::kBytes>(tile.y, row, dst_stride[0]);
-    };
-    for (int32_t row = 0; row < tile.rows;) {
-      const ptrdiff_t distance = line(row + 1) - line(row);
-      const ptrdiff_t row_bytes = ptrdiff_t{tile.columns} * Target::kBytes;
-      const bool overlap = distance < row_bytes && -distance < row_bytes;
-      const bool lone = overlap || (row & 1) || row + 1 == tile.rows;
-      const int32_t second = lone ? row : row + 1;
-      SourceRows<2> in = {{luma + row * kLuma.width, luma + second * kLuma.width},
-                          {chroma + (row >> 1) * kChroma.width, nullptr}};
-      TargetRows<2> to = {{out + line(row), out + line(second)}};
-      if (tile.columns == kLuma.width)
-        convert_rows<Nv12, Target>(in, to, kLuma.width);
-      else
-        convert_rows<Nv12, Target>(in, to, tile.columns);
-      row = second + 1;
+  const int32_t w = Layout::columns(width[0]), h = height[0], stride = dst_stride[0];
+  const uint8_t *const luma_plane = src[0], *const chroma_plane = src[1];
+  uint8_t *const picture = dst[0];
+  for_each_tile<kLuma>(
+      w, h, [=](Tile tile) __attribute__((always_inline)) {
+        const uint8_t *luma = luma_plane + tile_offset(kLuma, w, h, tile.x, tile.y);
+        const uint8_t *chroma = chroma_plane + tile_offset(kChroma, w, h >> 1, tile.x, tile.y >> 1);
+        uint8_t *const out = picture + ptrdiff_t{tile.x} * Target::kBytes;
+        const auto line = [=](int32_t row) {
+          return Layout::template line<Target::kBytes>(tile.y, row, stride);
+        };
+        const ptrdiff_t row_bytes = ptrdiff_t{tile.columns} * Target::kBytes;
+        for (int32_t row = 0; row < tile.rows;) {
+          const ptrdiff_t distance = line(row + 1) - line(row);
+          const bool overlap = distance < row_bytes && -distance < row_bytes;
+          const bool lone = overlap || (row & 1) || row + 1 == tile.rows;
+          const int32_t second = lone ? row : row + 1;
+          SourceRows<2> in = {{luma + row * kLuma.width, luma + second * kLuma.width},
+                              {chroma + (row >> 1) * kChroma.width, nullptr}};
+          TargetRows<2> to = {{out + line(row), out + line(second)}};
+          if (tile.columns == kLuma.width)
+            convert_rows<Nv12, Target>(in, to, kLuma.width);
+          else
+            convert_rows<Nv12, Target>(in, to, tile.columns);
+          row = second + 1;
+        }
+      });
+}
+
+PIVRA_INLINE void append(uint8_t *line, const uint8_t *src, int32_t bytes) {
+  if (bytes == k16x16.width)
+    memcpy(line, src, k16x16.width);
+  else
+    memcpy(line, src, static_cast<size_t>(bytes));
+}
+
+// These tiles are narrower than a block: their rows are put together first, and
+// written as those of linear nv12 are.
+template <class Target>
+void convert_16x16(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t *dst_stride,
+                   uint8_t **dst) {
+  constexpr int32_t kRun = 256;
+  const int32_t w = width[0], h = height[0];
+  const ptrdiff_t stride = dst_stride[0], row_bytes = ptrdiff_t{w} * Target::kBytes;
+  const bool overlap = stride < row_bytes && -stride < row_bytes;
+  for (int32_t y = 0; y < h;) {
+    const int32_t second = overlap || (y & 1) || y + 1 == h ? y : y + 1;
+    for (int32_t start = 0; start < w; start += kRun) {
+      const int32_t columns = smaller(kRun, w - start);
+      uint8_t luma[2][kRun], chroma[kRun];
+      for (int32_t x = 0; x < columns; x += k16x16.width) {
+        const int32_t bytes = smaller(k16x16.width, columns - x);
+        append(luma[0] + x, src[0] + tile_offset(k16x16, w, h, start + x, y), bytes);
+        append(luma[1] + x, src[0] + tile_offset(k16x16, w, h, start + x, second), bytes);
+        append(chroma + x, src[1] + tile_offset(k16x8, w, h >> 1, start + x, y >> 1),
+               (bytes + 1) & ~1);
+      }
+      uint8_t *const out = dst[0] + ptrdiff_t{start} * Target::kBytes;
+      convert_rows<Nv12, Target>(SourceRows<2>{{luma[0], luma[1]}, {chroma, nullptr}},
+                                 TargetRows<2>{{out + y * stride, out + second * stride}}, columns);
     }
-  });
+    y = second + 1;
+  }
 }
 
 }  // namespace
@@ -84,7 +114,7 @@ const TiledToRgb tiled_to_rgb = {
     .t64x32_to_bgra8888 = convert<T64x32, Bgra8888>,
     .t64x32_to_argb8888 = convert<T64x32, Argb8888>,
     .t64x32_to_abgr8888 = convert<T64x32, Abgr8888>,
-    .t16x16_to_rgba8888 = convert<T16x16, Rgba8888>,
+    .t16x16_to_rgba8888 = convert_16x16<Rgba8888>,
     .t256x16_to_rgba8888 = convert<T256x16, Rgba8888>,
 };
 
