@@ -144,9 +144,9 @@ class Pictures(ToolTest):
         self.run_tool("convert clip.y4m out/a.y4m --frames 1:3")
         written = (OUT / "a.y4m").read_bytes()
         self.assertEqual(written, y4m(self.frames[1:3], "F25:1 Ip C420"))
-        for name, frame in {"yuv422n": "yuv422p", "yuv444": "yuv444p", "yuv400": "gray"}.items():
-            raw = random.Random(name).randbytes(3 * LUMA)
-            raw = ffmpeg(f"-f rawvideo -s {SIZE} -pix_fmt rgb24 -i - -f rawvideo -pix_fmt {frame}", raw)
+        for name, size in {"yuv422n": LUMA + 2 * PITCH * HEIGHT, "yuv444": 3 * LUMA,
+                           "yuv400": LUMA}.items():
+            raw = random.Random(name).randbytes(size)
             command = f"convert - - -f {name} -s {SIZE} -t {name} --output-format y4m"
             shown = ffmpeg("-i - -f rawvideo", self.run_tool(command, input=raw))
             self.assertEqual(shown, raw, name)
@@ -163,7 +163,8 @@ class Pictures(ToolTest):
         lines = self.run_tool("formats").decode().splitlines()
         table = {line.split()[1]: line for line in lines if line[:4].strip().isdigit()}
         self.assertEqual(len(table), 23)
-        self.assertRegex(table["nv12"], r"^ +6 .* w\*h \+ w/2\*h/2\*2 .* NV12 +every RGB format, yuv420, yv12$")
+        self.assertRegex(table["nv12"], r"^ +6 .* w\*h \+ w/2\*h/2\*2 .* NV12 +"
+                                        r"every RGB format, yuv420, yv12$")
         self.assertRegex(table["yuv422w"], r"yuv440p( +-){3} +rgb565, bgr565$")
         self.assertRegex(table["t64x32"], r" w/128\*h/32\*4096 \+ w/128\*h/64\*4096 ")
         self.assertRegex(self.run_tool("--version").decode(), r"^pivra \d+\.\d+\.\d+\n$")

@@ -131,9 +131,9 @@ Picture decode_png(InputFile &file) {
                   static_cast<std::int32_t>(png_get_image_width(png, info)),
                   static_cast<std::int32_t>(png_get_image_height(png, info)));
   const ImageDesc desc = picture.desc();
-  std::vector<png_bytep> rows;
-  for (std::int32_t y = 0; y < picture.height(); ++y)
-    rows.push_back(desc.plane[0] + std::ptrdiff_t{y} * desc.stride[0]);
+  std::vector<png_bytep> rows(static_cast<std::size_t>(picture.height()), desc.plane[0]);
+  for (std::size_t y = 0; y < rows.size(); ++y)
+    rows[y] += y * static_cast<std::size_t>(desc.stride[0]);
   if (!read_rows(png, info, rows.data())) fail("cannot read {} as PNG: {}", file.name(), message);
   return picture;
 }

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <regex>
+#include <utility>
 
 #include "output.h"
 #include "png.h"
@@ -25,8 +26,8 @@ class RawWriter : public FrameWriter {
 
 class Y4mWriter : public FrameWriter {
  public:
-  Y4mWriter(const std::string &path, const std::string &parameters)
-      : file_(path), parameters_(parameters) {}
+  Y4mWriter(const std::string &path, std::string parameters)
+      : file_(path), parameters_(std::move(parameters)) {}
 
   void write(Picture &frame, std::uint64_t) override {
     if (first_)
