@@ -24,6 +24,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/** Marks what the library exports. */
 #if defined(__GNUC__)
 #define PIVRA_API __attribute__((visibility("default")))
 #else
@@ -35,7 +36,8 @@ extern "C" {
 #endif
 
 /* ------------------------------------------------------------------------ */
-/* Result codes                                                             */
+/** @defgroup results Result codes
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 enum {
@@ -47,8 +49,11 @@ enum {
   PIVRA_UNSUPPORTED = -3
 };
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Pixel formats                                                            */
+/** @defgroup formats Pixel formats
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -116,8 +121,11 @@ enum {
   PIVRA_FORMAT_ABGR8888 = 503
 };
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Pictures                                                                 */
+/** @defgroup pictures Pictures
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -141,8 +149,11 @@ typedef struct ImageDesc {
   uint32_t resize_mode;  /**< Read by resizing only; 0 is the ordinary mode. */
 } ImageDesc;
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Copy                                                                     */
+/** @defgroup copy Copy
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -198,8 +209,11 @@ PIVRA_API pivra_cpy_kernel pivra_cpy_24b;
 /** Copies rows of 4-byte pixels, exact for every size and stride. */
 PIVRA_API pivra_cpy_kernel pivra_cpy_32b;
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Colour conversion                                                        */
+/** @defgroup conversion Colour conversion
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -226,10 +240,18 @@ PIVRA_API int32_t pivra_csc(ImageDesc *src, ImageDesc *dst);
 typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_height,
                               int32_t *src_stride, int32_t *dst_stride, uint8_t **dst);
 
+/** The name of the kernel for a pair. */
+#define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination
+
+/** Declares the kernel for a pair. */
+#define PIVRA_DECLARE_CSC(SOURCE, source, DESTINATION, destination)           \
+  /** Converts a picture, see the head of its family and pivra_csc_kernel. */ \
+  PIVRA_API pivra_csc_kernel PIVRA_CSC_NAME(source, destination);
+
 /**
- * YUV to RGB
- * ----------
- * pivra_csc_<source>_to_<destination>, one kernel for each line of
+ * @defgroup yuv_to_rgb YUV to RGB
+ *
+ * `pivra_csc_<source>_to_<destination>`, one kernel for each line of
  * PIVRA_YUV_TO_RGB below: yuv420, yv12, yuv422n, yuv444, nv12, nv21, uyvy and
  * yuyv to each of the eight RGB formats; yuv400 to rgb565 and rgb888; yuv422w
  * to rgb565 and bgr565.
@@ -272,7 +294,10 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
  * They exchange entries 1 and 2 of the caller's plane and stride arrays, call
  * the yuv420 kernel, and do not exchange them back: afterwards the descriptor
  * lists U first. Fill the descriptor in anew before converting from it again.
+ *
+ * @{
  */
+/** A format that converts to every RGB format, see PIVRA_YUV_TO_RGB. */
 #define PIVRA_TO_EVERY_RGB(KERNEL, SOURCE, source) \
   KERNEL(SOURCE, source, RGB565, rgb565)           \
   KERNEL(SOURCE, source, BGR565, bgr565)           \
@@ -305,16 +330,15 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   PIVRA_YUV_TO_RGB_DIRECT(KERNEL) \
   PIVRA_YV12_TO_RGB(KERNEL)
 
+PIVRA_YUV_TO_RGB(PIVRA_DECLARE_CSC)
+/** @} */
+
 /** Every pair that pivra_csc converts: the families above. */
 #define PIVRA_CSC_PAIRS(KERNEL) PIVRA_YUV_TO_RGB(KERNEL)
 
-/** The name of the kernel for a pair. */
-#define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination
-
-#define PIVRA_DECLARE_CSC(SOURCE, source, DESTINATION, destination) \
-  PIVRA_API pivra_csc_kernel PIVRA_CSC_NAME(source, destination);
-PIVRA_CSC_PAIRS(PIVRA_DECLARE_CSC)
 #undef PIVRA_DECLARE_CSC
+
+/** @} */
 
 /* ------------------------------------------------------------------------ */
 /* The promise                                                              */
