@@ -20,7 +20,7 @@ void print_table(std::string_view head, std::string_view rows) {
   std::cout << "<table>\n<tr>" << head << "</tr>\n" << rows << "</table>\n";
 }
 
-// "ceil(w / 2) x h pairs" is told as "w/2 x h, 2 bytes each".
+// As "w/2 x h of 4 bytes".
 Text plane_text(const pivra::PlaneShape &plane) {
   Text text = plane.width_shift ? "w/2" : "w";
   text += plane.height_shift ? " x h/2" : " x h";
@@ -43,22 +43,25 @@ void print_formats() {
               rows);
 }
 
-bool any_pair(auto &&includes) { return std::ranges::any_of(pivra::formats(), includes); }
+// Whether a format comes of another one.
+bool reached(const pivra::FormatInfo &to) {
+  return std::ranges::any_of(pivra::formats(),
+                             [&](auto &from) { return pivra::converts(from.code, to.code); });
+}
 
 // A row for each format that converts to another, a column for each that comes of one.
 void print_pairs() {
   Text head = "<th>from \\ to", rows;
   for (const pivra::FormatInfo &from : pivra::formats()) {
-    if (any_pair([&](auto &other) { return pivra::converts(other.code, from.code); })) {
-      head += "<th>" + Text(from.name);
-    }
-    if (!any_pair([&](auto &other) { return pivra::converts(from.code, other.code); })) continue;
-    rows += "<tr><th>" + Text(from.name) + "</th>";
+    if (reached(from)) head += "<th>" + Text(from.name);
+    Text dots;
+    bool any = false;
     for (const pivra::FormatInfo &to : pivra::formats()) {
-      if (!any_pair([&](auto &other) { return pivra::converts(other.code, to.code); })) continue;
-      rows += cell(pivra::converts(from.code, to.code) ? "&bull;" : "");
+      const bool dot = pivra::converts(from.code, to.code);
+      if (reached(to)) dots += cell(dot ? "&bull;" : "");
+      any = any || dot;
     }
-    rows += "</tr>\n";
+    if (any) rows += "<tr><th>" + Text(from.name) + "</th>" + dots + "</tr>\n";
   }
   print_table(head, rows);
 }
