@@ -29,6 +29,7 @@
 
 #include "pivra.h"
 
+/** The C++ layer. */
 namespace pivra {
 
 /** The smallest width and height that convert() takes, in pixels. */
@@ -44,8 +45,9 @@ inline constexpr std::int32_t kMinimumSize = 8;
  * pair of interleaved chroma (2 bytes), a pixel, or two packed pixels (4 bytes).
  */
 struct PlaneShape {
-  std::int32_t width_shift, height_shift;
-  std::int32_t bytes;
+  std::int32_t width_shift;  /**< Halvings of the width. */
+  std::int32_t height_shift; /**< Halvings of the height. */
+  std::int32_t bytes;        /**< Of an element. */
 
   /** Elements in a row of a picture `width` pixels wide. */
   constexpr std::int32_t columns(std::int32_t width) const { return shifted(width, width_shift); }
@@ -67,7 +69,11 @@ struct FormatInfo {
   std::int32_t code;                  /**< One of PIVRA_FORMAT_... */
   std::string_view name;              /**< As in pivra.h, in lower case. */
   std::span<const PlaneShape> planes; /**< Empty for tiled formats. */
-  std::string_view ffmpeg, gstreamer; /**< Names elsewhere; empty if there is none. */
+  // The same layout elsewhere, empty if it has no name there.
+  std::string_view ffmpeg;    /**< In FFmpeg. */
+  std::string_view gstreamer; /**< In GStreamer. */
+  std::string_view v4l2;      /**< In V4L2, behind V4L2_PIX_FMT_. */
+  std::string_view drm;       /**< In DRM, behind DRM_FORMAT_; bytes of RGB from last to first. */
 
   /** Whether the samples lie in rows, so that sizes and strides describe a picture. */
   constexpr bool linear() const { return !planes.empty(); }
@@ -89,29 +95,29 @@ inline constexpr PlaneShape kPixels24[] = {{0, 0, 3}};
 inline constexpr PlaneShape kPixels32[] = {{0, 0, 4}};
 
 inline constexpr FormatInfo kFormats[] = {
-    {PIVRA_FORMAT_YUV400, "yuv400", kGrey, "gray", "GRAY8"},
-    {PIVRA_FORMAT_YUV420, "yuv420", kPlanar420, "yuv420p", "I420"},
-    {PIVRA_FORMAT_YUV422N, "yuv422n", kPlanar422, "yuv422p", "Y42B"},
-    {PIVRA_FORMAT_YUV444, "yuv444", kPlanar444, "yuv444p", "Y444"},
-    {PIVRA_FORMAT_YV12, "yv12", kPlanar420, "", "YV12"},
-    {PIVRA_FORMAT_YV16, "yv16", kPlanar422, "", ""},
-    {PIVRA_FORMAT_NV12, "nv12", kSemiPlanar420, "nv12", "NV12"},
-    {PIVRA_FORMAT_NV21, "nv21", kSemiPlanar420, "nv21", "NV21"},
-    {PIVRA_FORMAT_YUV422W, "yuv422w", kPlanar440, "yuv440p", ""},
-    {PIVRA_FORMAT_T64X32, "t64x32", {}, "", ""},
-    {PIVRA_FORMAT_T16X16, "t16x16", {}, "", ""},
-    {PIVRA_FORMAT_T8X8, "t8x8", {}, "", ""},
-    {PIVRA_FORMAT_T256X16, "t256x16", {}, "", ""},
-    {PIVRA_FORMAT_UYVY, "uyvy", kPacked422, "uyvy422", "UYVY"},
-    {PIVRA_FORMAT_YUYV, "yuyv", kPacked422, "yuyv422", "YUY2"},
-    {PIVRA_FORMAT_RGB565, "rgb565", kPixels16, "rgb565le", "RGB16"},
-    {PIVRA_FORMAT_BGR565, "bgr565", kPixels16, "bgr565le", "BGR16"},
-    {PIVRA_FORMAT_RGB888, "rgb888", kPixels24, "rgb24", "RGB"},
-    {PIVRA_FORMAT_BGR888, "bgr888", kPixels24, "bgr24", "BGR"},
-    {PIVRA_FORMAT_RGBA8888, "rgba8888", kPixels32, "rgba", "RGBA"},
-    {PIVRA_FORMAT_BGRA8888, "bgra8888", kPixels32, "bgra", "BGRA"},
-    {PIVRA_FORMAT_ARGB8888, "argb8888", kPixels32, "argb", "ARGB"},
-    {PIVRA_FORMAT_ABGR8888, "abgr8888", kPixels32, "abgr", "ABGR"},
+    {PIVRA_FORMAT_YUV400, "yuv400", kGrey, "gray", "GRAY8", "GREY", ""},
+    {PIVRA_FORMAT_YUV420, "yuv420", kPlanar420, "yuv420p", "I420", "YUV420", "YUV420"},
+    {PIVRA_FORMAT_YUV422N, "yuv422n", kPlanar422, "yuv422p", "Y42B", "YUV422P", "YUV422"},
+    {PIVRA_FORMAT_YUV444, "yuv444", kPlanar444, "yuv444p", "Y444", "YUV444M", "YUV444"},
+    {PIVRA_FORMAT_YV12, "yv12", kPlanar420, "", "YV12", "YVU420", "YVU420"},
+    {PIVRA_FORMAT_YV16, "yv16", kPlanar422, "", "", "YVU422M", "YVU422"},
+    {PIVRA_FORMAT_NV12, "nv12", kSemiPlanar420, "nv12", "NV12", "NV12", "NV12"},
+    {PIVRA_FORMAT_NV21, "nv21", kSemiPlanar420, "nv21", "NV21", "NV21", "NV21"},
+    {PIVRA_FORMAT_YUV422W, "yuv422w", kPlanar440, "yuv440p", "", "", ""},
+    {PIVRA_FORMAT_T64X32, "t64x32", {}, "", "NV12_64Z32", "NV12MT", ""},
+    {PIVRA_FORMAT_T16X16, "t16x16", {}, "", "", "", ""},
+    {PIVRA_FORMAT_T8X8, "t8x8", {}, "", "", "", ""},
+    {PIVRA_FORMAT_T256X16, "t256x16", {}, "", "", "", ""},
+    {PIVRA_FORMAT_UYVY, "uyvy", kPacked422, "uyvy422", "UYVY", "UYVY", "UYVY"},
+    {PIVRA_FORMAT_YUYV, "yuyv", kPacked422, "yuyv422", "YUY2", "YUYV", "YUYV"},
+    {PIVRA_FORMAT_RGB565, "rgb565", kPixels16, "rgb565le", "RGB16", "RGB565", "RGB565"},
+    {PIVRA_FORMAT_BGR565, "bgr565", kPixels16, "bgr565le", "BGR16", "", "BGR565"},
+    {PIVRA_FORMAT_RGB888, "rgb888", kPixels24, "rgb24", "RGB", "RGB24", "BGR888"},
+    {PIVRA_FORMAT_BGR888, "bgr888", kPixels24, "bgr24", "BGR", "BGR24", "RGB888"},
+    {PIVRA_FORMAT_RGBA8888, "rgba8888", kPixels32, "rgba", "RGBA", "RGBA32", "ABGR8888"},
+    {PIVRA_FORMAT_BGRA8888, "bgra8888", kPixels32, "bgra", "BGRA", "ABGR32", "ARGB8888"},
+    {PIVRA_FORMAT_ARGB8888, "argb8888", kPixels32, "argb", "ARGB", "ARGB32", "BGRA8888"},
+    {PIVRA_FORMAT_ABGR8888, "abgr8888", kPixels32, "abgr", "ABGR", "BGRA32", "RGBA8888"},
 };
 
 struct FormatPair {
@@ -203,6 +209,7 @@ inline void require_size(std::int32_t width, std::int32_t height, std::int32_t m
 /**
  * A descriptor of a picture whose planes lie one behind the other.
  *
+ * @param format         one of PIVRA_FORMAT_..., but no tiled one.
  * @param width, height  of the picture in pixels, from 1 up; chroma sizes are
  *                       rounded up.
  * @param pixels         size_in_bytes() of the same arguments, or null to learn
@@ -310,12 +317,13 @@ class Picture {
         alignment_(alignment),
         bytes_(size_in_bytes(format, width, height, alignment)) {}
 
-  std::int32_t format() const { return format_; }
-  std::int32_t width() const { return width_; }
-  std::int32_t height() const { return height_; }
+  std::int32_t format() const { return format_; } /**< One of PIVRA_FORMAT_... */
+  std::int32_t width() const { return width_; }   /**< In pixels. */
+  std::int32_t height() const { return height_; } /**< In pixels. */
 
   /** All planes with their padding. */
   std::span<std::uint8_t> bytes() { return bytes_; }
+  /** All planes with their padding. */
   std::span<const std::uint8_t> bytes() const { return bytes_; }
 
   /** A new descriptor of the bytes, valid as long as the picture lives and is not moved. */

@@ -134,7 +134,7 @@ class Pictures(ToolTest):
         table = {line.split()[1]: line for line in lines if line[:4].strip().isdigit()}
         self.assertEqual(len(table), 23)
         self.assertRegex(table["nv12"], r"^ +6 .* w\*h \+ w/2\*h/2\*2 .* NV12 +every RGB format$")
-        self.assertRegex(table["yuv422w"], r"yuv440p +- +rgb565 bgr565$")
+        self.assertRegex(table["yuv422w"], r"yuv440p( +-){3} +rgb565 bgr565$")
         self.assertRegex(self.run_tool("--version").decode(), r"^pivra \d+\.\d+\.\d+\n$")
 
     def test_progress_and_stats(self):

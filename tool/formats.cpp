@@ -36,20 +36,22 @@ std::string targets_text(const FormatInfo &from) {
 std::string or_dash(std::string_view name) { return std::string(name.empty() ? "-" : name); }
 
 void print_row(std::string_view code, std::string_view name, std::string_view planes,
-               std::string_view ffmpeg, std::string_view gstreamer, std::string_view targets) {
-  fmt::print("{:>4}  {:<9}  {:<23}  {:<9}  {:<9}  {}\n", code, name, planes, ffmpeg, gstreamer,
-             targets);
+               std::string_view ffmpeg, std::string_view gstreamer, std::string_view v4l2,
+               std::string_view drm, std::string_view targets) {
+  fmt::print("{:>4}  {:<9}  {:<23}  {:<9}  {:<10}  {:<7}  {:<8}  {}\n", code, name, planes, ffmpeg,
+             gstreamer, v4l2, drm, targets);
 }
 
 }  // namespace
 
 void list_formats() {
-  print_row("code", "name", "bytes, plane by plane", "FFmpeg", "GStreamer", "converts to");
+  print_row("code", "name", "bytes, plane by plane", "FFmpeg", "GStreamer", "V4L2", "DRM",
+            "converts to");
   for (const FormatInfo &info : formats()) {
     print_row(std::to_string(info.code), info.name, planes_text(info), or_dash(info.ffmpeg),
-              or_dash(info.gstreamer), targets_text(info));
+              or_dash(info.gstreamer), or_dash(info.v4l2), or_dash(info.drm), targets_text(info));
   }
-  fmt::print("\nHalves are rounded up.\n");
+  fmt::print("\nHalves are rounded up. V4L2_PIX_FMT_ and DRM_FORMAT_ are left out.\n");
 }
 
 }  // namespace pivra::tool
