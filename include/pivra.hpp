@@ -21,6 +21,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -41,26 +42,40 @@ inline constexpr std::int32_t kMinimumSize = 8;
 
 /**
  * How one plane follows from the size of the picture: ceil(w / 2^width_shift) x
- * ceil(h / 2^height_shift) elements of `bytes` bytes. An element is a sample, a
- * pair of interleaved chroma (2 bytes), a pixel, or two packed pixels (4 bytes).
+ * ceil(h / 2^height_shift) elements. An element is a sample, a pair of interleaved
+ * chroma, a pixel, or two packed pixels.
+ *
+ * Memory holds whole blocks of block_columns x block_rows elements, `bytes` bytes
+ * each: an element by itself in linear formats, and what tiles make necessary in
+ * tiled ones.
  */
 struct PlaneShape {
-  std::int32_t width_shift;  /**< Halvings of the width. */
-  std::int32_t height_shift; /**< Halvings of the height. */
-  std::int32_t bytes;        /**< Of an element. */
+  std::int32_t width_shift;       /**< Halvings of the width. */
+  std::int32_t height_shift;      /**< Halvings of the height. */
+  std::int32_t bytes;             /**< Of an element. */
+  std::int32_t block_columns = 1; /**< Elements side by side in a block. */
+  std::int32_t block_rows = 1;    /**< Rows of elements in a block. */
 
   /** Elements in a row of a picture `width` pixels wide. */
-  constexpr std::int32_t columns(std::int32_t width) const { return shifted(width, width_shift); }
+  constexpr std::int32_t columns(std::int32_t width) const {
+    return quotient(width, 1 << width_shift);
+  }
   /** Rows of the plane in a picture `height` pixels high. */
-  constexpr std::int32_t rows(std::int32_t height) const { return shifted(height, height_shift); }
-  /** Bytes in a row, without padding. */
+  constexpr std::int32_t rows(std::int32_t height) const {
+    return quotient(height, 1 << height_shift);
+  }
+  /** Bytes in a row of blocks, without padding. */
   constexpr std::int64_t row_bytes(std::int32_t width) const {
-    return std::int64_t{columns(width)} * bytes;
+    return std::int64_t{quotient(columns(width), block_columns)} * bytes;
+  }
+  /** Rows of blocks: those of the plane, in linear formats. */
+  constexpr std::int32_t block_count(std::int32_t height) const {
+    return quotient(rows(height), block_rows);
   }
 
  private:
-  static constexpr std::int32_t shifted(std::int32_t size, std::int32_t shift) {
-    return static_cast<std::int32_t>((std::int64_t{size} + (1 << shift) - 1) >> shift);
+  static constexpr std::int32_t quotient(std::int32_t size, std::int32_t divisor) {
+    return static_cast<std::int32_t>((std::int64_t{size} + divisor - 1) / divisor);
   }
 };
 
@@ -68,15 +83,18 @@ struct PlaneShape {
 struct FormatInfo {
   std::int32_t code;                  /**< One of PIVRA_FORMAT_... */
   std::string_view name;              /**< As in pivra.h, in lower case. */
-  std::span<const PlaneShape> planes; /**< Empty for tiled formats. */
-  // The same layout elsewhere, empty if it has no name there.
+  std::span<const PlaneShape> planes; /**< How they follow from the size. */
+  // The same layout elsewhere, empty if it has no name there: layout only, not range or matrix.
   std::string_view ffmpeg;    /**< In FFmpeg. */
   std::string_view gstreamer; /**< In GStreamer. */
   std::string_view v4l2;      /**< In V4L2, behind V4L2_PIX_FMT_. */
   std::string_view drm;       /**< In DRM, behind DRM_FORMAT_; bytes of RGB from last to first. */
+  // The largest size that the layout holds.
+  std::int32_t max_width = std::numeric_limits<std::int32_t>::max();  /**< In pixels. */
+  std::int32_t max_height = std::numeric_limits<std::int32_t>::max(); /**< In rows. */
 
-  /** Whether the samples lie in rows, so that sizes and strides describe a picture. */
-  constexpr bool linear() const { return !planes.empty(); }
+  /** Whether the samples lie in rows, which have strides, and not in tiles. */
+  constexpr bool linear() const { return planes[0].block_rows == 1; }
   /** Whether the samples are red, green and blue. */
   constexpr bool rgb() const { return code >= 200; }
 };
@@ -93,6 +111,15 @@ inline constexpr PlaneShape kPacked422[] = {{1, 0, 4}};
 inline constexpr PlaneShape kPixels16[] = {{0, 0, 2}};
 inline constexpr PlaneShape kPixels24[] = {{0, 0, 3}};
 inline constexpr PlaneShape kPixels32[] = {{0, 0, 4}};
+// A tile, two of them where tiles come in groups, or a row of them as long as it always is.
+inline constexpr PlaneShape kTiles64x32[] = {{0, 0, 4096, 128, 32}, {1, 1, 4096, 64, 32}};
+inline constexpr PlaneShape kTiles16x16[] = {{0, 0, 256, 16, 16}, {1, 1, 128, 8, 8}};
+inline constexpr PlaneShape kTiles256x16[] = {{0, 0, 32768, 2048, 16}, {1, 1, 32768, 1024, 16}};
+// The chroma of all tiles follows their luma in the one plane.
+inline constexpr PlaneShape kTiles8x8[] = {{0, 0, 256 + 128, 16, 16}};
+
+// Sizes and strides of the 64x32 layout are 16-bit numbers, and even.
+inline constexpr std::int32_t kMax64x32 = 32766;
 
 inline constexpr FormatInfo kFormats[] = {
     {PIVRA_FORMAT_YUV400, "yuv400", kGrey, "gray", "GRAY8", "GREY", ""},
@@ -104,10 +131,11 @@ inline constexpr FormatInfo kFormats[] = {
     {PIVRA_FORMAT_NV12, "nv12", kSemiPlanar420, "nv12", "NV12", "NV12", "NV12"},
     {PIVRA_FORMAT_NV21, "nv21", kSemiPlanar420, "nv21", "NV21", "NV21", "NV21"},
     {PIVRA_FORMAT_YUV422W, "yuv422w", kPlanar440, "yuv440p", "", "", ""},
-    {PIVRA_FORMAT_T64X32, "t64x32", {}, "", "NV12_64Z32", "NV12MT", ""},
-    {PIVRA_FORMAT_T16X16, "t16x16", {}, "", "", "", ""},
-    {PIVRA_FORMAT_T8X8, "t8x8", {}, "", "", "", ""},
-    {PIVRA_FORMAT_T256X16, "t256x16", {}, "", "", "", ""},
+    {PIVRA_FORMAT_T64X32, "t64x32", kTiles64x32, "", "NV12_64Z32", "NV12MT", "", kMax64x32,
+     kMax64x32},
+    {PIVRA_FORMAT_T16X16, "t16x16", kTiles16x16, "", "", "", ""},
+    {PIVRA_FORMAT_T8X8, "t8x8", kTiles8x8, "", "", "", ""},
+    {PIVRA_FORMAT_T256X16, "t256x16", kTiles256x16, "", "", "", "", 2048},
     {PIVRA_FORMAT_UYVY, "uyvy", kPacked422, "uyvy422", "UYVY", "UYVY", "UYVY"},
     {PIVRA_FORMAT_YUYV, "yuyv", kPacked422, "yuyv422", "YUY2", "YUYV", "YUYV"},
     {PIVRA_FORMAT_RGB565, "rgb565", kPixels16, "rgb565le", "RGB16", "RGB565", "RGB565"},
@@ -190,18 +218,26 @@ inline std::string size_text(std::int32_t width, std::int32_t height) {
   return std::to_string(width) + "x" + std::to_string(height);
 }
 
-inline const FormatInfo &linear_format(std::int32_t code) {
+inline void require_size(std::int32_t width, std::int32_t height, std::int32_t minimum) {
+  if (width >= minimum && height >= minimum) return;
+  refuse("the size " + size_text(width, height) + " is below " + size_text(minimum, minimum));
+}
+
+// The format of a picture, which must be able to have that size.
+inline const FormatInfo &format_of(std::int32_t code, std::int32_t width, std::int32_t height) {
   const FormatInfo *info = find_format(code);
   if (!info) refuse("unknown format code " + std::to_string(code));
-  if (!info->linear()) {
-    refuse("the tiled format " + std::string(info->name) + " has no rows to describe");
+  require_size(width, height, 1);
+  if (width > info->max_width || height > info->max_height) {
+    refuse("the size " + size_text(width, height) + " is too large for " + std::string(info->name));
   }
   return *info;
 }
 
-inline void require_size(std::int32_t width, std::int32_t height, std::int32_t minimum) {
-  if (width >= minimum && height >= minimum) return;
-  refuse("the size " + size_text(width, height) + " is below " + size_text(minimum, minimum));
+// Bytes from a row to the next, or in tiled formats from a row of blocks to the next.
+inline std::int64_t pitch(const PlaneShape &shape, std::int32_t width, std::int32_t alignment) {
+  if (shape.block_rows > 1) return shape.row_bytes(width);
+  return (shape.row_bytes(width) + alignment - 1) / alignment * alignment;
 }
 
 }  // namespace detail
@@ -215,30 +251,31 @@ inline void require_size(std::int32_t width, std::int32_t height, std::int32_t m
  * @param pixels         size_in_bytes() of the same arguments, or null to learn
  *                       the strides only.
  * @param alignment      every stride is rounded up to a multiple of it, in bytes.
- * @throws std::invalid_argument  if the format is unknown or tiled, the size or
- *                       the alignment is not positive, or a stride exceeds 2^31 - 1.
+ *                       Tiled planes have no strides.
+ * @throws std::invalid_argument  if the format is unknown, the size or the
+ *                       alignment is not positive, the format does not hold
+ *                       the size, or a stride exceeds 2^31 - 1.
  */
 inline ImageDesc describe(std::int32_t format, std::int32_t width, std::int32_t height,
                           std::uint8_t *pixels, std::int32_t alignment = 1) {
-  const FormatInfo &info = detail::linear_format(format);
-  detail::require_size(width, height, 1);
+  const FormatInfo &info = detail::format_of(format, width, height);
   if (alignment < 1) detail::refuse("the alignment " + std::to_string(alignment) + " is below 1");
 
   ImageDesc desc = {};
   desc.format = format;
   for (std::size_t p = 0; p < info.planes.size(); ++p) {
     const PlaneShape &shape = info.planes[p];
-    const std::int64_t stride = (shape.row_bytes(width) + alignment - 1) / alignment * alignment;
-    if (stride > std::numeric_limits<std::int32_t>::max()) {
+    const std::int64_t pitch = detail::pitch(shape, width, alignment);
+    if (pitch > std::numeric_limits<std::int32_t>::max()) {
       detail::refuse("the width " + std::to_string(width) + " is too large for " +
                      std::string(info.name));
     }
     // Plane 0 counts pixels, also where two of them are packed in one element.
     desc.width[p] = p == 0 ? width : shape.columns(width);
     desc.height[p] = shape.rows(height);
-    desc.stride[p] = static_cast<std::int32_t>(stride);
+    desc.stride[p] = info.linear() ? static_cast<std::int32_t>(pitch) : 0;
     desc.plane[p] = pixels;
-    if (pixels) pixels += static_cast<std::ptrdiff_t>(stride) * desc.height[p];
+    if (pixels) pixels += static_cast<std::ptrdiff_t>(pitch) * shape.block_count(height);
   }
   return desc;
 }
@@ -249,9 +286,12 @@ inline ImageDesc describe(std::int32_t format, std::int32_t width, std::int32_t 
  */
 inline std::size_t size_in_bytes(std::int32_t format, std::int32_t width, std::int32_t height,
                                  std::int32_t alignment = 1) {
-  const ImageDesc desc = describe(format, width, height, nullptr, alignment);
+  describe(format, width, height, nullptr, alignment);
   std::uint64_t size = 0;  // at most three products of two 31-bit numbers
-  for (int p = 0; p < 4; ++p) size += std::uint64_t(desc.stride[p]) * std::uint64_t(desc.height[p]);
+  for (const PlaneShape &shape : find_format(format)->planes) {
+    size += std::uint64_t(detail::pitch(shape, width, alignment)) *
+            std::uint64_t(shape.block_count(height));
+  }
   if (size > std::uint64_t(std::numeric_limits<std::ptrdiff_t>::max())) {
     detail::refuse("the size " + detail::size_text(width, height) + " is too large for memory");
   }
@@ -259,15 +299,15 @@ inline std::size_t size_in_bytes(std::int32_t format, std::int32_t width, std::i
 }
 
 /**
- * Checks that a descriptor describes a picture: a known linear format, a positive
- * size, and for each plane a pointer, a stride of at least a row, and a size of
- * at least what the luma size asks for. Padding and odd strides are fine.
+ * Checks that a descriptor describes a picture: a known format, a size that it
+ * holds, and for each plane a pointer, a size of at least what the luma size asks
+ * for and, if it is linear, a stride of at least a row. Padding and odd strides
+ * are fine.
  * @throws std::invalid_argument  with a sentence that names the first fault.
  */
 inline void check(const ImageDesc &desc) {
-  const FormatInfo &info = detail::linear_format(desc.format);
   const std::int32_t width = desc.width[0], height = desc.height[0];
-  detail::require_size(width, height, 1);
+  const FormatInfo &info = detail::format_of(desc.format, width, height);
   for (std::size_t p = 0; p < info.planes.size(); ++p) {
     const PlaneShape &shape = info.planes[p];
     const std::string plane = "plane " + std::to_string(p) + " of " + std::string(info.name);
@@ -277,7 +317,7 @@ inline void check(const ImageDesc &desc) {
                      detail::size_text(width, height) + " pixels take " +
                      detail::size_text(shape.columns(width), shape.rows(height)));
     }
-    if (desc.stride[p] < shape.row_bytes(width)) {
+    if (info.linear() && desc.stride[p] < shape.row_bytes(width)) {
       detail::refuse(plane + " has a stride of " + std::to_string(desc.stride[p]) +
                      " bytes, but a row takes " + std::to_string(shape.row_bytes(width)));
     }
@@ -340,26 +380,122 @@ class Picture {
 
 namespace detail {
 
-// The sizes and strides that pivra.h lists as not exact for a kernel of the source.
-inline bool exact_in_place(const ImageDesc &src) {
-  const bool odd_width = src.width[0] % 2 != 0, odd_height = src.height[0] % 2 != 0;
-  switch (src.format) {
-    case PIVRA_FORMAT_YUV400:
-    case PIVRA_FORMAT_YUV444:
-    case PIVRA_FORMAT_YUV422W:
-      return true;
-    case PIVRA_FORMAT_YUV420:
-    case PIVRA_FORMAT_YV12:
-      return !odd_width && !odd_height && src.stride[1] == src.stride[2];
-    default:
-      return !odd_width;
+// Format codes from `first` to `last`.
+struct Codes {
+  std::int32_t first, last;
+  constexpr Codes(std::int32_t code) : first(code), last(code) {}
+  constexpr Codes(std::int32_t a, std::int32_t b) : first(a), last(b) {}
+  constexpr bool hold(std::int32_t code) const { return first <= code && code <= last; }
+};
+inline constexpr Codes kYuv(0, 199), kRgb(200, 599), kRgb16(200, 299);
+
+// What a kernel asks of the strides of a picture.
+enum Strides : unsigned {
+  kAny = 0,
+  kWords = 1,  // whole 16-bit or 32-bit pixels
+  kAlike = 2,  // the same for both chroma planes
+  kShort = 4,  // below 32768
+  kTight = 8,  // no padding
+};
+
+// When kernels give the whole picture and nothing else, as far as pivra.h restricts it.
+struct Rule {
+  Codes from, to;
+  std::int32_t columns, rows;  // the size is a multiple of these
+  unsigned source = kAny, destination = kAny;
+  std::int32_t min_columns = 1, min_rows = 1;  // pixels that are written in any case
+};
+
+// The first that holds both formats of a pair is its rule.
+inline constexpr Rule kRules[] = {
+    {PIVRA_FORMAT_YUV400, kRgb, 1, 1},
+    {PIVRA_FORMAT_YUV444, kRgb, 1, 1},
+    {PIVRA_FORMAT_YUV422W, kRgb, 1, 1},
+    {PIVRA_FORMAT_YUV420, kRgb, 2, 2, kAlike},
+    {PIVRA_FORMAT_YV12, kRgb, 2, 2, kAlike},
+    {PIVRA_FORMAT_T64X32, kRgb, 2, 2, kAny, kWords},
+    {PIVRA_FORMAT_T64X32, PIVRA_FORMAT_NV21, 2, 2, kAny, kTight, 64, 64},
+    {PIVRA_FORMAT_T64X32, kYuv, 2, 2, kAny, kAlike | kShort, 64, 64},
+    {PIVRA_FORMAT_T16X16, kRgb, 1, 1},
+    {PIVRA_FORMAT_T16X16, kYuv, 2, 2, kAny, kAlike},
+    {PIVRA_FORMAT_T8X8, kRgb, 1, 1, kAny, kTight},
+    {PIVRA_FORMAT_T256X16, kRgb, 2, 1, kAny, kWords, 1282},
+    {kYuv, kRgb, 2, 1},
+    {kYuv, PIVRA_FORMAT_T64X32, 2, 2},
+    // The ends of planes that are no multiple of 16 bytes long.
+    {PIVRA_FORMAT_NV21, PIVRA_FORMAT_NV12, 8, 8, kTight, kTight},
+    {kYuv, kYuv, 8, 8, kAlike},
+    {kRgb, PIVRA_FORMAT_YUV444, 1, 1, kTight, kTight},
+    {kRgb16, kYuv, 2, 2, kTight, kTight},
+    {kRgb, kYuv, 2, 2, kTight},
+    {kRgb, kRgb, 1, 1, kWords, kWords},
+};
+
+constexpr const Rule *find_rule(std::int32_t from, std::int32_t to) {
+  return std::ranges::find_if(kRules,
+                              [=](const Rule &r) { return r.from.hold(from) && r.to.hold(to); });
+}
+static_assert(std::ranges::all_of(kPairs, [](FormatPair pair) {
+  return find_rule(pair.from, pair.to) != std::end(kRules);
+}));
+
+inline bool strides_suit(const ImageDesc &desc, unsigned asked) {
+  const std::span<const PlaneShape> planes = find_format(desc.format)->planes;
+  const std::int32_t word = planes[0].bytes & -planes[0].bytes;  // 1 for 3-byte pixels
+  for (std::size_t p = 0; p < planes.size(); ++p) {
+    const std::int32_t stride = desc.stride[p];
+    if ((asked & kTight && stride != planes[p].row_bytes(desc.width[0])) ||
+        (asked & kShort && stride > std::numeric_limits<std::int16_t>::max()) ||
+        (asked & kWords && stride % word != 0)) {
+      return false;
+    }
   }
+  return !(asked & kAlike) || planes.size() < 3 || desc.stride[1] == desc.stride[2];
 }
 
-// Copies the rows of width x height pixels between two descriptors of one format.
+// The descriptor with the sizes of another picture.
+inline ImageDesc resized(ImageDesc desc, std::int32_t width, std::int32_t height) {
+  const ImageDesc sizes = describe(desc.format, width, height, nullptr);
+  std::ranges::copy(sizes.width, desc.width);
+  std::ranges::copy(sizes.height, desc.height);
+  return desc;
+}
+
+// A picture as a kernel asks for it: the caller's own, or a copy that suits.
+// Tiles always suit, for they hold the pixels that even sizes add.
+class Suited {
+ public:
+  Suited(const ImageDesc &own, const Rule &rule, unsigned strides)
+      : desc_(resized(own, std::max(multiple(own.width[0], rule.columns), rule.min_columns),
+                      multiple(own.height[0], rule.rows))) {
+    // The height stays, tiles are in another order if it grows much. Rows that are
+    // written all the same need memory only.
+    const std::int32_t width = desc_.width[0], height = desc_.height[0];
+    if (!find_format(own.format)->linear() ||
+        (width == own.width[0] && height == own.height[0] && height >= rule.min_rows &&
+         strides_suit(own, strides))) {
+      return;
+    }
+    copy_.emplace(own.format, width, std::max(height, rule.min_rows));
+    desc_ = resized(copy_->desc(), width, height);
+  }
+
+  const ImageDesc &desc() const { return desc_; }
+  bool copied() const { return copy_.has_value(); }
+
+ private:
+  static constexpr std::int32_t multiple(std::int32_t size, std::int32_t of) {
+    return (size + of - 1) / of * of;
+  }
+
+  ImageDesc desc_;
+  std::optional<Picture> copy_;
+};
+
+// Copies the rows of width x height pixels between two descriptors of one linear format.
 inline void copy_rows(const ImageDesc &src, const ImageDesc &dst, std::int32_t width,
                       std::int32_t height) {
-  const FormatInfo &info = linear_format(src.format);
+  const FormatInfo &info = *find_format(src.format);
   for (std::size_t p = 0; p < info.planes.size(); ++p) {
     const auto bytes = static_cast<std::size_t>(info.planes[p].row_bytes(width));
     const std::uint8_t *from = src.plane[p];
@@ -377,17 +513,40 @@ inline void convert_in_place(ImageDesc src, ImageDesc dst) {
   if (pivra_csc(&src, &dst) != PIVRA_OK) throw std::runtime_error("libpivra refused the pictures");
 }
 
+inline void convert_checked(const ImageDesc &src, const ImageDesc &dst) {
+  const std::int32_t width = src.width[0], height = src.height[0];
+  const Rule &rule = *find_rule(src.format, dst.format);
+  const Suited source(src, rule, rule.source), result(dst, rule, rule.destination);
+  if (source.copied()) copy_rows(src, source.desc(), width, height);
+  convert_in_place(source.desc(), result.desc());
+  if (result.copied()) copy_rows(result.desc(), dst, width, height);
+}
+
+// The same picture with alpha first.
+inline Picture argb_from_rgba(const ImageDesc &rgba) {
+  Picture argb(PIVRA_FORMAT_ARGB8888, rgba.width[0], rgba.height[0]);
+  ImageDesc desc = argb.desc();
+  copy_rows(rgba, desc, rgba.width[0], rgba.height[0]);
+  for (auto pixel = argb.bytes().begin(); pixel != argb.bytes().end(); pixel += 4)
+    std::rotate(pixel, pixel + 3, pixel + 4);
+  return argb;
+}
+
 }  // namespace detail
 
 /**
- * Converts a picture into another format at the same size, exactly as the matrix
- * in pivra.h says for every pixel, at every size from 8 x 8 up and with any
- * strides; chroma is repeated. Bytes outside the destination's rows keep their
- * values.
+ * Converts a picture into another format at the same size, exactly as pivra.h
+ * says for every pixel, at every size from 8 x 8 up and with any strides; chroma
+ * is repeated, or taken from the first pixel of those that share it. Bytes
+ * outside the destination's rows keep their values; in a tiled destination those
+ * of the pixels that make an odd size even do not.
  *
- * Odd widths, and in yuv420 and yv12 odd heights and chroma planes with unlike
- * strides, go through copies with even sizes, which takes memory for one more
- * picture of each format; everything else is converted where it lies.
+ * Chroma planes of odd sizes are rounded up in tiled formats, too: their tiles
+ * are those of the next even size.
+ *
+ * Sizes and strides for which pivra.h restricts a kernel, such as odd widths, go
+ * through a copy of the source, the destination or both that suits it. That takes
+ * memory for one more picture each; everything else is converted where it lies.
  *
  * @param src, dst  pictures that do not overlap. The descriptors are left as they are.
  * @throws std::invalid_argument  if check() refuses one of them, their sizes
@@ -407,14 +566,11 @@ inline void convert(const ImageDesc &src, const ImageDesc &dst) {
                    std::string(find_format(dst.format)->name));
   }
 
-  if (detail::exact_in_place(src)) return detail::convert_in_place(src, dst);
-
-  const std::int32_t even_width = width + width % 2, even_height = height + height % 2;
-  Picture source(src.format, even_width, even_height);
-  Picture result(dst.format, even_width, even_height);
-  detail::copy_rows(src, source.desc(), width, height);
-  detail::convert_in_place(source.desc(), result.desc());
-  detail::copy_rows(result.desc(), dst, width, height);
+  if (src.format == PIVRA_FORMAT_RGBA8888 && dst.format == PIVRA_FORMAT_YUV444) {
+    Picture argb = detail::argb_from_rgba(src);  // whose kernel writes chroma, too
+    return detail::convert_checked(argb.desc(), dst);
+  }
+  detail::convert_checked(src, dst);
 }
 
 }  // namespace pivra

@@ -5,7 +5,7 @@
 #include <pivra.hpp>
 
 #include "guarded.h"
-#include "yuv_to_rgb_model.h"
+#include "tile_model.h"
 
 namespace pivra::test {
 namespace {
@@ -52,6 +52,9 @@ TEST(Layout, RoundsOddSizesUp) {
       {2 * luma, {PIVRA_FORMAT_RGB565, PIVRA_FORMAT_BGR565}},
       {3 * luma, {PIVRA_FORMAT_YUV444, PIVRA_FORMAT_RGB888, PIVRA_FORMAT_BGR888}},
       {4 * luma, {PIVRA_FORMAT_RGBA8888, PIVRA_FORMAT_ABGR8888}},
+      {384 * (8 * 32) + 384 * (4 * 32), {PIVRA_FORMAT_T64X32}},
+      {336 * 256 + 336 * 128, {PIVRA_FORMAT_T16X16, PIVRA_FORMAT_T8X8}},
+      {32768 * (16 + 8), {PIVRA_FORMAT_T256X16}},
   };
   for (const auto &[size, codes] : sizes)
     for (const int32_t code : codes) EXPECT_EQ(size_in_bytes(code, width, height), size) << code;
@@ -75,7 +78,8 @@ TEST(Layout, RefusesWhatHasNone) {
     EXPECT_EQ(refusal([&] { size_in_bytes(arguments...); }), sentence);
   };
   expect("unknown format code 77", 77, 8, 8);
-  expect("the tiled format t64x32 has no rows to describe", PIVRA_FORMAT_T64X32, 64, 32);
+  expect("the size 64x32767 is too large for t64x32", PIVRA_FORMAT_T64X32, 64, 32767);
+  expect("the size 2049x8 is too large for t256x16", PIVRA_FORMAT_T256X16, 2049, 8);
   expect("the size 0x8 is below 1x1", PIVRA_FORMAT_NV12, 0, 8);
   expect("the size 8x-8 is below 1x1", PIVRA_FORMAT_NV12, 8, -8);
   expect("the alignment 0 is below 1", PIVRA_FORMAT_NV12, 8, 8, 0);
@@ -120,61 +124,167 @@ TEST(Convert, RefusesBeforeItWrites) {
 
 // A picture of random bytes, each plane guarded and with strides of its own.
 struct GuardedPicture {
-  GuardedPicture(int32_t format, int32_t width, int32_t height)
-      : desc(describe(format, width, height, nullptr)) {
-    const FormatInfo &info = *find_format(format);
+  GuardedPicture(const FormatInfo &format, int32_t width, int32_t height)
+      : info(format), desc(describe(info.code, width, height, nullptr)) {
     const bool padded = random_in(0, 1), at_end = random_in(0, 1);
     for (size_t p = 0; p < info.planes.size(); ++p) {
-      const auto row = int32_t(info.planes[p].row_bytes(width));
-      desc.stride[p] += padded ? random_in(0, 9) : 0;
-      content[p].bytes = random_bytes(size_t(desc.stride[p]) * (desc.height[p] - 1) + row);
-      desc.plane[p] = memory[p].place(content[p].bytes, at_end);
+      const PlaneShape &shape = info.planes[p];
+      desc.width[p] += p > 0 && padded, desc.height[p] += p > 0 && padded;  // more than needed
+      const auto row = static_cast<int32_t>(shape.row_bytes(width));
+      desc.stride[p] += padded && info.linear() ? random_in(0, 9) : 0;
+      const size_t pitch = info.linear() ? desc.stride[p] : row;
+      before[p] = random_bytes(pitch * (shape.block_count(height) - 1) + row);
+      desc.plane[p] = memory[p].place(before[p], at_end);
     }
   }
 
+  // Where the sample of a pixel lies: channel 0 is Y, or all of RGB; 1 is U, 2 is V.
+  uint8_t &at(int32_t channel, int32_t x, int32_t y) const {
+    const auto sample = [&](int plane, ptrdiff_t offset) -> uint8_t & {
+      return desc.plane[plane][offset];
+    };
+    const auto linear = [&](int plane, int32_t column, int32_t row) -> uint8_t & {
+      return sample(plane, ptrdiff_t{row} * desc.stride[plane] + column);
+    };
+    const auto tiles = [&](int plane, int32_t column, const Raster &layout, int32_t across,
+                           ptrdiff_t start = 0) -> uint8_t & {
+      return sample(plane, start + layout.address(across, column, channel ? y / 2 : y));
+    };
+    const int32_t other = channel ? 3 - channel : 0, second = channel == 2;
+    const int32_t pair = channel ? x / 2 * 2 + second : x, across = (desc.width[0] + 15) / 16;
+    const int32_t width = (desc.width[0] + 1) / 2 * 2, height = (desc.height[0] + 1) / 2 * 2;
+    switch (info.code) {
+      case PIVRA_FORMAT_YUV420:
+        return channel ? linear(channel, x / 2, y / 2) : linear(0, x, y);
+      case PIVRA_FORMAT_YV12:
+        return channel ? linear(other, x / 2, y / 2) : linear(0, x, y);
+      case PIVRA_FORMAT_YUV422N:
+        return channel ? linear(channel, x / 2, y) : linear(0, x, y);
+      case PIVRA_FORMAT_YV16:
+        return channel ? linear(other, x / 2, y) : linear(0, x, y);
+      case PIVRA_FORMAT_YUV422W:
+        return channel ? linear(channel, x, y / 2) : linear(0, x, y);
+      case PIVRA_FORMAT_YUV400:
+      case PIVRA_FORMAT_YUV444:
+        return linear(channel, x, y);
+      case PIVRA_FORMAT_NV12:
+        return channel ? linear(1, pair, y / 2) : linear(0, x, y);
+      case PIVRA_FORMAT_NV21:
+        return channel ? linear(1, pair ^ 1, y / 2) : linear(0, x, y);
+      case PIVRA_FORMAT_UYVY:
+        return linear(0, x / 2 * 4 + (channel ? 2 * second : x % 2 * 2 + 1), y);
+      case PIVRA_FORMAT_YUYV:
+        return linear(0, x / 2 * 4 + (channel ? 2 * second + 1 : x % 2 * 2), y);
+      case PIVRA_FORMAT_T64X32:
+        return channel ? sample(1, address_64x32(width, height / 2, pair, y / 2))
+                       : sample(0, address_64x32(width, height, x, y));
+      case PIVRA_FORMAT_T16X16:
+        return channel ? tiles(1, pair, {16, 8, 128}, across) : tiles(0, x, {16, 16, 256}, across);
+      case PIVRA_FORMAT_T8X8:  // two strips a macroblock
+        return channel ? tiles(0, pair, {8, 8, 64}, 2 * across, 256 * across * ((height + 15) / 16))
+                       : tiles(0, x, {8, 16, 128}, 2 * across);
+      case PIVRA_FORMAT_T256X16:
+        return tiles(channel > 0, pair, {256, 16, 4096}, 8);
+      default:
+        return linear(0, x * info.planes[0].bytes, y);
+    }
+  }
+
+  const FormatInfo &info;
   ImageDesc desc;
   std::array<GuardedPlane, 3> memory;
-  std::array<ModelPlane, 3> content;
+  std::array<std::vector<uint8_t>, 3> before;
 };
 
-void follow_the_matrix(const FormatInfo &from, const FormatInfo &to, int32_t width,
-                       int32_t height) {
-  GuardedPicture src(from.code, width, height), dst(to.code, width, height);
-  const ImageDesc before = src.desc;
-  convert(src.desc, dst.desc);
-  ASSERT_TRUE(std::ranges::equal(src.desc.plane, before.plane));
-
-  ConversionModel model = {};
-  model.source = from.code, model.destination = to.code;
-  model.in = src.content, model.out = dst.content[0];
-  auto stride = std::to_array(src.desc.stride);
-  if (from.code == PIVRA_FORMAT_YV12) {
-    model.source = PIVRA_FORMAT_YUV420;
-    std::swap(model.in[1], model.in[2]);
-    std::swap(stride[1], stride[2]);
-  }
-  for (ptrdiff_t y = 0; y < height; ++y)
-    for (int32_t x = 0; x < width; ++x) {
-      const ptrdiff_t chroma = model.halves_height() ? y / 2 : y;
-      model.put(y * dst.desc.stride[0] + x * model.pixel_bytes(),
-                model.fetch(x, y * stride[0], chroma * stride[1], chroma * stride[2]));
-    }
-  ASSERT_EQ(dst.memory[0].content(), model.out.bytes)
-      << from.name << " to " << to.name << ", " << width << "x" << height << ", strides "
-      << testing::PrintToString(stride) << " to " << dst.desc.stride[0];
+// Pixels of more than 16 bits have their bytes in the order of the format's name.
+Colour read_rgb(const GuardedPicture &picture, int32_t x, int32_t y) {
+  const uint8_t *bytes = &picture.at(0, x, y);
+  const std::string_view name = picture.info.name;
+  if (picture.info.planes[0].bytes > 2)
+    return {bytes[name.find('r')], bytes[name.find('g')], bytes[name.find('b')]};
+  const int32_t word = bytes[0] | bytes[1] << 8;
+  const Colour top_first = {word >> 11 << 3, (word >> 5 & 63) << 2, (word & 31) << 3};
+  return name[0] == 'r' ? top_first : Colour{top_first[2], top_first[1], top_first[0]};
 }
 
-TEST(Convert, FollowsTheMatrixAtEverySize) {
+void write_rgb(const GuardedPicture &picture, int32_t x, int32_t y, const Colour &c) {
+  uint8_t *bytes = &picture.at(0, x, y);
+  const std::string_view name = picture.info.name;
+  if (picture.info.planes[0].bytes > 2) {
+    for (int i = 0; i < picture.info.planes[0].bytes; ++i)
+      bytes[i] = uint8_t(name[i] == 'a' ? 255 : c[std::string_view("rgb").find(name[i])]);
+    return;
+  }
+  const bool red_first = name[0] == 'r';
+  const int32_t word = c[red_first ? 0 : 2] >> 3 << 11 | c[1] >> 2 << 5 | c[red_first ? 2 : 0] >> 3;
+  bytes[0] = static_cast<uint8_t>(word), bytes[1] = static_cast<uint8_t>(word >> 8);
+}
+
+Colour rgb_of(const GuardedPicture &picture, int32_t x, int32_t y) {
+  if (picture.info.rgb()) return read_rgb(picture, x, y);
+  const int32_t luma = picture.at(0, x, y);
+  if (picture.info.code == PIVRA_FORMAT_YUV400) return {luma, luma, luma};
+  const int32_t u = picture.at(1, x, y), v = picture.at(2, x, y);
+  if (picture.info.code != PIVRA_FORMAT_T8X8) return model_matrix(luma, u, v);
+  Colour c = {298 * luma + 408 * v - 57059, 298 * luma - 100 * u - 208 * v + 34713,
+              298 * luma + 516 * u - 70887};
+  for (int32_t &sum : c) sum = std::clamp(sum >> 8, 0, 255);
+  return {c[0] & 0xF8, c[1] & 0xFC, c[2] & 0xF8};
+}
+
+Colour yuv_of(const GuardedPicture &picture, int32_t x, int32_t y) {
+  if (!picture.info.rgb()) return {picture.at(0, x, y), picture.at(1, x, y), picture.at(2, x, y)};
+  const auto [r, g, b] = read_rgb(picture, x, y);
+  return {16 + ((66 * r + 129 * g + 25 * b) >> 8), 128 + ((-38 * r - 74 * g + 112 * b + 128) >> 8),
+          128 + ((112 * r - 94 * g - 18 * b + 128) >> 8)};
+}
+
+void follow_the_model(const FormatInfo &from, const FormatInfo &to, int32_t width, int32_t height) {
+  GuardedPicture src(from, width, height), dst(to, width, height);
+  const ImageDesc given = src.desc;
+  convert(src.desc, dst.desc);
+  ASSERT_TRUE(std::ranges::equal(src.desc.plane, given.plane));
+  std::array<std::vector<uint8_t>, 3> result;
+  for (size_t p = 0; p < to.planes.size(); ++p) {
+    result[p] = dst.memory[p].content();
+    std::ranges::copy(dst.before[p], dst.desc.plane[p]);
+  }
+  // From the end, so that of the pixels that share chroma the first one is the last.
+  for (int32_t y = height; y-- > 0;)
+    for (int32_t x = width; x-- > 0;) {
+      if (to.rgb()) {
+        write_rgb(dst, x, y, rgb_of(src, x, y));
+        continue;
+      }
+      const Colour yuv = yuv_of(src, x, y);
+      for (int c = 0; c < 3; ++c) dst.at(c, x, y) = static_cast<uint8_t>(yuv[c]);
+    }
+  // Pixels that tiles have beyond an odd size are zero.
+  for (int32_t y = 0; !to.linear() && y < (height + 1) / 2 * 2; ++y)
+    for (int32_t x = y < height ? width : 0; x < (width + 1) / 2 * 2; ++x) dst.at(0, x, y) = 0;
+  for (size_t p = 0; p < to.planes.size(); ++p)
+    ASSERT_EQ(dst.memory[p].content(), result[p])
+        << from.name << " to " << to.name << ", " << width << "x" << height << ", plane " << p
+        << ", strides " << testing::PrintToString(src.desc.stride) << " to "
+        << testing::PrintToString(dst.desc.stride);
+}
+
+TEST(Convert, GivesEveryPixelAtEverySize) {
+  std::vector<std::pair<int32_t, int32_t>> sizes = {{64, 32}, {192, 64}, {129, 65}, {257, 33}};
+  for (const int32_t width : {8, 9, 10, 11, 13, 15, 16, 17, 34, 36, 67, 141})
+    for (const int32_t height : {8, 9, 10, 15}) sizes.emplace_back(width, height);
+  for (int i = 0; i < 20; ++i) sizes.emplace_back(random_in(8, 320), random_in(8, 140));
   ptrdiff_t pairs = 0;
   for (const FormatInfo &from : formats())
     for (const FormatInfo &to : formats()) {
       if (!converts(from.code, to.code)) continue;
       ++pairs;
-      for (const int32_t width : {8, 9, 10, 11, 13, 15, 16, 17, 34, 36, 67, 141})
-        for (const int32_t height : {8, 9, 10, 15})
-          ASSERT_NO_FATAL_FAILURE(follow_the_matrix(from, to, width, height));
+      for (const auto &[width, height] : sizes)
+        ASSERT_NO_FATAL_FAILURE(follow_the_model(from, to, width, height));
     }
   EXPECT_EQ(pairs, std::ssize(detail::kPairs));
+  for (const int32_t width : {1281, 1282, 2047})
+    follow_the_model(*find_format("t256x16"), *find_format("rgba8888"), width, 37);
 }
 
 }  // namespace

@@ -28,13 +28,14 @@ COMMANDS = {
     "convert out out/a -f nv12 -s 8x8": "cannot read out: Is a directory",
     "convert clip.y4m none/a": "cannot write none/a: No such file",
     "convert clip.y4m out": "cannot write out: Is a directory",
-    "convert clip.yuv out/a": "clip.yuv is not Y4M; raw frames need --from and --size",
+    "convert clip.yuv out/a": "clip.yuv is neither Y4M nor PNG; raw frames need --from and --size",
     "convert clip.yuv out/a -f nv12": "need both --from and --size",
     "convert clip.yuv out/a -s 8x8": "need both --from and --size",
     "convert clip.yuv out/a -f nv12 -s 18": "'18' is not of the form",
     "convert clip.yuv out/a -f nv12 -s 9999999999x8": "'9999999999x8' is not of",
     "convert - out/a -f nv12 -s 4x4": "the size 4x4 is below 8x8",
-    "convert clip.yuv out/a -f t64x32 -s 64x32": "t64x32 is tiled",
+    "convert clip.yuv out/a -f t64x32 -s 64x32": "has 1316 bytes .*64x32 take 8192 bytes",
+    "convert - out/a -f t256x16 -s 2049x8": "2049x8 is too large for t256x16",
     "convert clip.yuv out/a -f nv12 -s 8x8": "clip.yuv has 1316 bytes .*8x8 take 96 bytes",
     "convert huge.y4m out/a": "huge.y4m has 6 bytes .* 99999x99999 take 14999800001 bytes",
     "convert empty out/a -f nv12 -s 8x8": "empty has 0 bytes .*8x8 take 96 bytes",
@@ -43,7 +44,8 @@ COMMANDS = {
     "convert clip.y4m out/a --frames 3:2": "'3:2' are none",
     "convert clip.y4m out/a --frames a:": "'a:' are not of the form",
     "convert clip.y4m out/a -t nv13": "format 'nv13' is unknown",
-    "convert clip.y4m out/a -t nv12": "yuv420 does not convert to nv12",
+    "convert clip.y4m out/a -t yv16": "yuv420 does not convert to yv16",
+    "convert clip.y4m out/a.y4m -t nv12": "Y4M does not hold nv12",
     "convert clip.y4m out/a.png -t yuv420": "PNG does not hold yuv420",
     "convert clip.y4m out/a --output-format bmp": "bmp not in",
     "convert clip.y4m out/a -t yuv420 --stats": "--stats has nothing to measure",
@@ -121,6 +123,34 @@ class Pictures(ToolTest):
             shown = self.run_tool(f"convert - - -f {name} -s {SIZE}", input=luma + chroma)
             self.assertEqual(shown, self.rgb[0], name)
 
+    def test_tiles(self):
+        """4 tiles side by side and 2 on top of each other; of the luma the lower ones only half."""
+        width, height = 200, 48
+        picture = random.Random(0).randbytes(width * height * 3 // 2)
+        tiled = self.run_tool(f"convert - - -f yuv420 -s {width}x{height} -t t64x32", input=picture)
+        self.assertEqual(len(tiled), 256 * 64 + 256 * 32)
+        # The order of tiles is a Z and then a mirrored one; a lone row runs straight.
+        for x, y, offset in ((0, 0, 0), (64, 0, 2048), (0, 32, 4096), (192, 47, 5 * 2048 + 15 * 64),
+                             (128, 0, 6 * 2048)):
+            row = picture[y * width + x:y * width + min(x + 64, width)]
+            self.assertEqual(tiled[offset:offset + len(row)], row, (x, y))
+        pairs = picture[width * height + 64:][:32], picture[width * height * 5 // 4 + 64:][:32]
+        self.assertEqual(tiled[256 * 64 + 2 * 2048:][:64:2], pairs[0])
+        self.assertEqual(tiled[256 * 64 + 2 * 2048 + 1:][:64:2], pairs[1])
+        back = self.run_tool(f"convert - - -f t64x32 -s {width}x{height} -t yuv420", input=tiled)
+        self.assertEqual(back, picture)
+
+    def test_y4m_output(self):
+        self.run_tool("convert clip.y4m out/a.y4m --frames 1:3")
+        written = (OUT / "a.y4m").read_bytes()
+        self.assertEqual(written, y4m(self.frames[1:3], "F25:1 Ip C420"))
+        for name, frame in {"yuv422n": "yuv422p", "yuv444": "yuv444p", "yuv400": "gray"}.items():
+            raw = random.Random(name).randbytes(3 * LUMA)
+            raw = ffmpeg(f"-f rawvideo -s {SIZE} -pix_fmt rgb24 -i - -f rawvideo -pix_fmt {frame}", raw)
+            command = f"convert - - -f {name} -s {SIZE} -t {name} --output-format y4m"
+            shown = ffmpeg("-i - -f rawvideo", self.run_tool(command, input=raw))
+            self.assertEqual(shown, raw, name)
+
     def test_frames(self):
         for clip in ("clip.y4m out/a", f"clip.yuv out/a -f yuv420p -s {SIZE}"):
             for frames, chosen in {":": slice(4), "1:3": slice(1, 3), "2:": slice(2, 4),
@@ -133,8 +163,9 @@ class Pictures(ToolTest):
         lines = self.run_tool("formats").decode().splitlines()
         table = {line.split()[1]: line for line in lines if line[:4].strip().isdigit()}
         self.assertEqual(len(table), 23)
-        self.assertRegex(table["nv12"], r"^ +6 .* w\*h \+ w/2\*h/2\*2 .* NV12 +every RGB format$")
-        self.assertRegex(table["yuv422w"], r"yuv440p( +-){3} +rgb565 bgr565$")
+        self.assertRegex(table["nv12"], r"^ +6 .* w\*h \+ w/2\*h/2\*2 .* NV12 +every RGB format, yuv420, yv12$")
+        self.assertRegex(table["yuv422w"], r"yuv440p( +-){3} +rgb565, bgr565$")
+        self.assertRegex(table["t64x32"], r" w/128\*h/32\*4096 \+ w/128\*h/64\*4096 ")
         self.assertRegex(self.run_tool("--version").decode(), r"^pivra \d+\.\d+\.\d+\n$")
 
     def test_progress_and_stats(self):
@@ -189,6 +220,31 @@ class Png(ToolTest):
         self.assertEqual(shown, b"".join(self.rgb))
 
 
+    def test_input(self):
+        encode = f"-f rawvideo -s {SIZE} -pix_fmt rgb24 -i - -c png -f image2pipe -pix_fmt"
+        for kind in ("rgb24", "rgba", "gray", "ya8", "monob", "pal8"):
+            png = ffmpeg(f"{encode} {kind}", self.rgb[0])
+            layout = "rgba" if kind in ("rgba", "ya8") else "rgb24"
+            wanted = ffmpeg(f"-f png_pipe -i - -f rawvideo -pix_fmt {layout}", png)
+            self.assertEqual(self.run_tool("convert - -", input=png), wanted, kind)
+        deep = ffmpeg(f"{encode} rgb48be", self.rgb[0])
+        self.assert_fails("PNG: samples have 16 bits, readable", "convert - out/a", input=deep)
+        for damaged in (png[:40], png[:-30], png[:5] + png[6:]):
+            self.assert_fails("cannot read standard input as PNG: ", "convert - out/a",
+                              input=damaged)
+
+    def test_to_y4m_and_back(self):
+        Path("a.png").write_bytes(self.run_tool("convert clip.y4m - --output-format png "
+                                                "--frames 0"))
+        self.run_tool("convert a.png out/a.y4m")
+        frame = (OUT / "a.y4m").read_bytes()[-FRAME:]
+        y, u, v = (sum(k * c for k, c in zip(weights, self.rgb[0])) for weights in
+                   ((66, 129, 25), (-38, -74, 112), (112, -94, -18)))
+        self.assertEqual((frame[0], frame[LUMA], frame[LUMA + CHROMA]),
+                         (16 + (y >> 8), 128 + (u + 128 >> 8), 128 + (v + 128 >> 8)))
+        self.assertEqual(self.run_tool("convert out/a.y4m -"), model(frame))
+
+
 class Failures(ToolTest):
     def test_sentences(self):
         for name, data in {"empty": b"", "empty.y4m": y4m([]),
@@ -205,7 +261,7 @@ class Failures(ToolTest):
         for data, sentence in {
                 clip[:-9]: f"input is truncated: frame 1 has {FRAME - 9} of {FRAME} bytes",
                 clip + b"FRAME": "frame 2 does not start with FRAME",
-                b"YUV4MPEG2": "standard input is not Y4M",
+                b"YUV4MPEG2": "standard input is neither Y4M nor PNG",
                 b"YUV4MPEG2 Wx H8\n": "the size 'x' in its Y4M header",
                 b"YUV4MPEG2 W8 H-8\n": "the size '-8' in its Y4M header",
                 b"YUV4MPEG2 W8 C420\n": "has no size in its Y4M header",

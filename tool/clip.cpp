@@ -1,14 +1,23 @@
 #include "clip.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "failure.h"
+#include "png.h"
 #include "y4m.h"
 
 namespace pivra::tool {
 
 Clip::Clip(const std::string &path, const std::optional<FrameShape> &raw)
-    : file_(path), raw_(raw.has_value()), shape_(raw ? *raw : read_y4m_header(file_)) {
+    : file_(path), raw_(raw.has_value()) {
+  if (!raw && file_.next() == kFirstByteOfPng) {
+    png_ = decode_png(file_);
+    shape_ = {png_->format(), png_->width(), png_->height()};
+    frames_ = 1;
+    return;
+  }
+  shape_ = raw ? *raw : read_y4m_header(file_, y4m_parameters_);
   const std::optional<std::uint64_t> bytes = file_.remaining();
   if (!bytes) return;
   const auto [format, width, height] = shape_;
@@ -22,6 +31,11 @@ Clip::Clip(const std::string &path, const std::optional<FrameShape> &raw)
 }
 
 void Clip::read(Picture &frame) {
+  if (png_) {
+    std::ranges::copy(png_->bytes(), frame.bytes().begin());
+    ++next_;
+    return;
+  }
   if (!raw_) read_y4m_frame_line(file_, next_);
   const std::size_t size = frame.bytes().size(), got = file_.read(frame.bytes());
   if (got != size) {

@@ -1,4 +1,4 @@
-// Frames of one shape in a file: Y4M, or raw planes one behind the other.
+// Frames of one shape in a file: Y4M, raw planes one behind the other, or the one of a PNG.
 #ifndef PIVRA_TOOL_CLIP_H
 #define PIVRA_TOOL_CLIP_H
 
@@ -17,7 +17,7 @@ struct FrameShape {
 
 class Clip {
  public:
-  // Raw if a shape is given, else Y4M.
+  // Raw if a shape is given, else what the file says that it is.
   Clip(const std::string &path, const std::optional<FrameShape> &raw);
 
   const std::string &name() const { return file_.name(); }
@@ -26,7 +26,10 @@ class Clip {
   // How many frames there are; nothing for pipes.
   std::optional<std::uint64_t> frames() const { return frames_; }
 
-  bool at_end() { return file_.at_end(); }
+  // What a Y4M header says of the clip beside its shape, else empty.
+  const std::string &y4m_parameters() const { return y4m_parameters_; }
+
+  bool at_end() { return png_ ? next_ > 0 : file_.at_end(); }
 
   // Reads the next frame. Fails if it is not there as a whole.
   void read(Picture &frame);
@@ -34,6 +37,8 @@ class Clip {
  private:
   InputFile file_;
   bool raw_;
+  std::optional<Picture> png_;
+  std::string y4m_parameters_;
   FrameShape shape_;
   std::optional<std::uint64_t> frames_;
   std::uint64_t next_ = 0;

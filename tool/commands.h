@@ -9,10 +9,10 @@ namespace pivra::tool {
 // The command line of `pivra convert`; empty text is an option not given.
 struct ConvertOptions {
   std::string input, output;
-  std::string from, size;  // of raw input; both empty for Y4M
+  std::string from, size;  // of raw input; both empty for Y4M and PNG
   std::string to;
   std::string frames = ":";
-  std::string output_format;  // "raw" or "png"
+  std::string output_format;  // "raw", "y4m" or "png"
   bool stats = false;
 };
 

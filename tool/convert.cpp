@@ -9,6 +9,7 @@
 #include "options.h"
 #include "progress.h"
 #include "writer.h"
+#include "y4m.h"
 
 namespace pivra::tool {
 
@@ -27,18 +28,31 @@ std::optional<FrameShape> raw_shape(const ConvertOptions &options) {
 
 FileKind output_kind(const ConvertOptions &options) {
   if (options.output_format.empty()) return kind_of(options.output);
-  return options.output_format == "png" ? FileKind::kPng : FileKind::kRaw;
+  return options.output_format == "png"   ? FileKind::kPng
+         : options.output_format == "y4m" ? FileKind::kY4m
+                                          : FileKind::kRaw;
 }
 
-// The format to write: asked for or, by default, RGB.
+// By default the input's format if the output holds it, else yuv420 or RGB.
+std::string_view default_target(FileKind kind, const FormatInfo &source) {
+  if (kind == FileKind::kY4m) return y4m_holds(source.code) ? source.name : "yuv420";
+  return source.rgb()                                 ? source.name
+         : converts(source.code, PIVRA_FORMAT_RGB888) ? "rgb888"
+                                                      : "rgba8888";
+}
+
 const FormatInfo &target_format(const ConvertOptions &options, const FormatInfo &source) {
-  const std::string fallback(source.rgb() ? source.name : "rgb888");
+  const FileKind kind = output_kind(options);
+  const std::string fallback(default_target(kind, source));
   const FormatInfo &target = parse_format(options.to.empty() ? fallback : options.to);
   if (target.code != source.code && !converts(source.code, target.code)) {
     fail("{} does not convert to {}; 'pivra formats' lists what does", source.name, target.name);
   }
-  if (output_kind(options) == FileKind::kPng && !target.rgb()) {
+  if (kind == FileKind::kPng && !target.rgb()) {
     fail("PNG does not hold {}; choose an RGB format with --to", target.name);
+  }
+  if (kind == FileKind::kY4m && !y4m_holds(target.code)) {
+    fail("Y4M does not hold {}; choose yuv400, yuv420, yuv422n or yuv444 with --to", target.name);
   }
   return target;
 }
@@ -77,7 +91,8 @@ Stats convert_frames(Clip &clip, const FormatInfo &target, const FrameRange &ran
       convert(source.desc(), converted.desc());
       stats.in_library += std::chrono::steady_clock::now() - start;
     }
-    if (!writer) writer = make_writer(options.output, output_kind(options), more());
+    if (!writer)
+      writer = make_writer(options.output, output_kind(options), more(), clip.y4m_parameters());
     writer->write(result, number);
     progress.show(++stats.frames);
   }

@@ -10,27 +10,32 @@ namespace pivra::tool {
 
 namespace {
 
+// A size divided by a power of two.
+std::string divided(char size, int divisor) {
+  return divisor > 1 ? fmt::format("{}/{}", size, divisor) : std::string(1, size);
+}
+
 // The bytes of each plane, as "w*h + w/2*h/2*2".
 std::string planes_text(const FormatInfo &info) {
-  if (!info.linear()) return "in tiles";
   std::string text;
   for (const PlaneShape &plane : info.planes) {
     if (!text.empty()) text += " + ";
-    text += plane.width_shift ? "w/2" : "w";
-    text += plane.height_shift ? "*h/2" : "*h";
+    text += divided('w', plane.block_columns << plane.width_shift) + '*' +
+            divided('h', plane.block_rows << plane.height_shift);
     if (plane.bytes > 1) text += fmt::format("*{}", plane.bytes);
   }
   return text;
 }
 
 std::string targets_text(const FormatInfo &from) {
-  std::string text;
+  const bool every_rgb = std::ranges::all_of(
+      formats(), [&](const FormatInfo &to) { return !to.rgb() || converts(from.code, to.code); });
+  std::string text = every_rgb ? "every RGB format" : "";
   for (const FormatInfo &to : formats()) {
-    if (converts(from.code, to.code)) text += fmt::format(" {}", to.name);
+    if (!converts(from.code, to.code) || (every_rgb && to.rgb())) continue;
+    text += fmt::format("{}{}", text.empty() ? "" : ", ", to.name);
   }
-  const bool every = std::ranges::all_of(
-      formats(), [&](const FormatInfo &to) { return to.rgb() == converts(from.code, to.code); });
-  return text.empty() ? "-" : every ? "every RGB format" : text.substr(1);
+  return text.empty() ? "-" : text;
 }
 
 std::string or_dash(std::string_view name) { return std::string(name.empty() ? "-" : name); }
@@ -38,7 +43,7 @@ std::string or_dash(std::string_view name) { return std::string(name.empty() ? "
 void print_row(std::string_view code, std::string_view name, std::string_view planes,
                std::string_view ffmpeg, std::string_view gstreamer, std::string_view v4l2,
                std::string_view drm, std::string_view targets) {
-  fmt::print("{:>4}  {:<9}  {:<23}  {:<9}  {:<10}  {:<7}  {:<8}  {}\n", code, name, planes, ffmpeg,
+  fmt::print("{:>4}  {:<9}  {:<37}  {:<9}  {:<10}  {:<7}  {:<8}  {}\n", code, name, planes, ffmpeg,
              gstreamer, v4l2, drm, targets);
 }
 
@@ -51,7 +56,7 @@ void list_formats() {
     print_row(std::to_string(info.code), info.name, planes_text(info), or_dash(info.ffmpeg),
               or_dash(info.gstreamer), or_dash(info.v4l2), or_dash(info.drm), targets_text(info));
   }
-  fmt::print("\nHalves are rounded up. V4L2_PIX_FMT_ and DRM_FORMAT_ are left out.\n");
+  fmt::print("\nQuotients are rounded up. V4L2_PIX_FMT_ and DRM_FORMAT_ are left out.\n");
 }
 
 }  // namespace pivra::tool

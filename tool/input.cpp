@@ -19,16 +19,26 @@ std::optional<std::uint64_t> InputFile::remaining() const {
   return status.st_size > position ? status.st_size - position : 0;
 }
 
-bool InputFile::at_end() {
+int InputFile::next() {
   const int byte = std::getc(file_.get());
   if (byte == EOF && std::ferror(file_.get())) fail_to("read", name_);
-  return std::ungetc(byte, file_.get()) == EOF;
+  return std::ungetc(byte, file_.get());
 }
 
 std::size_t InputFile::read(std::span<std::uint8_t> bytes) {
   const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), file_.get());
   if (got < bytes.size() && std::ferror(file_.get())) fail_to("read", name_);
   return got;
+}
+
+std::vector<std::uint8_t> InputFile::read_rest() {
+  std::vector<std::uint8_t> bytes;
+  while (!at_end()) {
+    const std::size_t size = bytes.size();
+    bytes.resize(2 * size + (1 << 16));
+    bytes.resize(size + read(std::span(bytes).subspan(size)));
+  }
+  return bytes;
 }
 
 std::optional<std::string> InputFile::read_line(std::size_t limit) {

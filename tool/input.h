@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace pivra::tool {
 
@@ -22,10 +23,16 @@ class InputFile {
   // Bytes still to be read; nothing for pipes and devices.
   std::optional<std::uint64_t> remaining() const;
 
-  bool at_end();
+  bool at_end() { return next() < 0; }
+
+  // The byte that comes next, which stays; -1 at the end of the file.
+  int next();
 
   // Fills the span and returns its size, or less at the end of the file.
   std::size_t read(std::span<std::uint8_t> bytes);
+
+  // All bytes to the end of the file.
+  std::vector<std::uint8_t> read_rest();
 
   // The text up to a line feed, which is taken but not returned; nothing if none
   // of the next `limit` bytes is one.

@@ -17,17 +17,18 @@ void add_convert(CLI::App &app, ConvertOptions &options) {
   const auto add = [&](const char *name, std::string &value, const char *type, const char *help) {
     return command->add_option(name, value, help)->type_name(type);
   };
-  add("input", options.input, "FILE", "Y4M, or raw frames with -f and -s; - is standard input")
+  add("input", options.input, "FILE", "Y4M, PNG, or raw frames with -f and -s; - is standard input")
       ->required();
-  add("output", options.output, "FILE", "Raw frames or PNG; - is standard output")->required();
+  add("output", options.output, "FILE", "Raw frames, Y4M or PNG; - is standard output")->required();
   add("-f,--from", options.from, "FORMAT", "Format of raw input");
   add("-s,--size", options.size, "WxH", "Size of raw input in pixels");
   add("-t,--to", options.to, "FORMAT",
-      "Format to convert to (default: rgb888, or the input's if that is RGB)");
+      "Format to convert to (default: RGB, or yuv420 for Y4M, unless the input fits)");
   add("--frames", options.frames, "A:B",
       "Frames A to B - 1, counted from 0; also A: to the end, :B, or A alone");
-  add("--output-format", options.output_format, "KIND", "By default png for *.png, else raw")
-      ->check(CLI::IsMember({"raw", "png"}));
+  add("--output-format", options.output_format, "KIND",
+      "By default png for *.png, y4m for *.y4m, else raw")
+      ->check(CLI::IsMember({"raw", "y4m", "png"}));
   command->add_flag("--stats", options.stats, "Print the time spent in the library");
   command->footer(
       "Formats go by the names that 'pivra formats' lists. Raw frames lie one behind the\n"
@@ -35,6 +36,7 @@ void add_convert(CLI::App &app, ConvertOptions &options) {
       "frame-0000.png, frame-0001.png, ... by their numbers in the clip; %d or %04d in\n"
       "the name puts the number there.\n\n"
       "  pivra convert clip.y4m frame.png --to rgb565 --frames 100\n"
+      "  pivra convert frame.png frame.y4m\n"
       "  ffmpeg -i clip.mp4 -f rawvideo -pix_fmt nv12 - |\n"
       "    pivra convert - clip.bgra -f nv12 -s 1280x720 --to bgra8888");
   command->callback([&options] { convert_clip(options); });

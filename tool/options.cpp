@@ -21,7 +21,6 @@ bool read_number(const std::string &digits, Number &number) {
 const FormatInfo &parse_format(const std::string &text) {
   const FormatInfo *info = find_format(text);
   if (!info) fail("the format '{}' is unknown; 'pivra formats' lists the names", text);
-  if (!info->linear()) fail("{} is tiled; files of it are not supported", info->name);
   return *info;
 }
 

@@ -2,7 +2,9 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <csetjmp>
+#include <memory>
 
 #include "failure.h"
 
@@ -83,7 +85,58 @@ bool write_file(png_structp png, png_infop info, const ImageDesc &desc, const La
   return true;
 }
 
+void take(png_structp png, png_bytep data, png_size_t size) {
+  auto &bytes = *static_cast<std::span<const std::uint8_t> *>(png_get_io_ptr(png));
+  if (size > bytes.size()) png_error(png, "the file is truncated");
+  std::ranges::copy(bytes.first(size), data);
+  bytes = bytes.subspan(size);
+}
+
+// The header, up to where the number of channels is known.
+bool read_head(png_structp png, png_infop info) {
+  if (setjmp(png_jmpbuf(png))) return false;
+  png_read_info(png, info);
+  if (png_get_bit_depth(png, info) > 8)
+    png_error(png, "samples have 16 bits, readable are up to 8");
+  png_set_expand(png);
+  png_set_gray_to_rgb(png);
+  png_set_interlace_handling(png);
+  png_read_update_info(png, info);
+  return true;
+}
+
+bool read_rows(png_structp png, png_infop info, png_bytepp rows) {
+  if (setjmp(png_jmpbuf(png))) return false;
+  png_read_image(png, rows);
+  png_read_end(png, info);
+  return true;
+}
+
 }  // namespace
+
+Picture decode_png(InputFile &file) {
+  const std::vector<std::uint8_t> content = file.read_rest();
+  std::span<const std::uint8_t> unread = content;
+  std::string message = "out of memory";
+  png_structp png =
+      png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, keep_message, drop_warning);
+  png_infop info = png ? png_create_info_struct(png) : nullptr;
+  const auto destroy = [&](void *) { png_destroy_read_struct(&png, &info, nullptr); };
+  const std::unique_ptr<void, decltype(destroy)> guard(&png, destroy);
+  if (info) png_set_read_fn(png, &unread, take);
+  if (!info || !read_head(png, info)) fail("cannot read {} as PNG: {}", file.name(), message);
+
+  const bool alpha = png_get_channels(png, info) == 4;
+  Picture picture(alpha ? PIVRA_FORMAT_RGBA8888 : PIVRA_FORMAT_RGB888,
+                  static_cast<std::int32_t>(png_get_image_width(png, info)),
+                  static_cast<std::int32_t>(png_get_image_height(png, info)));
+  const ImageDesc desc = picture.desc();
+  std::vector<png_bytep> rows;
+  for (std::int32_t y = 0; y < picture.height(); ++y)
+    rows.push_back(desc.plane[0] + std::ptrdiff_t{y} * desc.stride[0]);
+  if (!read_rows(png, info, rows.data())) fail("cannot read {} as PNG: {}", file.name(), message);
+  return picture;
+}
 
 std::vector<std::uint8_t> encode_png(Picture &picture) {
   const Layout layout = layout_of(picture.format());

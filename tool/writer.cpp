@@ -7,6 +7,7 @@
 
 #include "output.h"
 #include "png.h"
+#include "y4m.h"
 
 namespace pivra::tool {
 
@@ -20,6 +21,31 @@ class RawWriter : public FrameWriter {
 
  private:
   OutputFile file_;
+};
+
+class Y4mWriter : public FrameWriter {
+ public:
+  Y4mWriter(const std::string &path, const std::string &parameters)
+      : file_(path), parameters_(parameters) {}
+
+  void write(Picture &frame, std::uint64_t) override {
+    if (first_)
+      write_text(y4m_header({frame.format(), frame.width(), frame.height()}, parameters_));
+    first_ = false;
+    write_text("FRAME\n");
+    file_.write(frame.bytes());
+  }
+
+  void finish() override { file_.commit(); }
+
+ private:
+  void write_text(const std::string &text) {
+    file_.write({reinterpret_cast<const std::uint8_t *>(text.data()), text.size()});
+  }
+
+  OutputFile file_;
+  std::string parameters_;
+  bool first_ = true;
 };
 
 class PngWriter : public FrameWriter {
@@ -55,12 +81,15 @@ class PngWriter : public FrameWriter {
 }  // namespace
 
 FileKind kind_of(const std::string &path) {
-  static const std::regex png(".*\\.png", std::regex::icase);
-  return std::regex_match(path, png) ? FileKind::kPng : FileKind::kRaw;
+  static const std::regex png(".*\\.png", std::regex::icase), y4m(".*\\.y4m", std::regex::icase);
+  if (std::regex_match(path, png)) return FileKind::kPng;
+  return std::regex_match(path, y4m) ? FileKind::kY4m : FileKind::kRaw;
 }
 
-std::unique_ptr<FrameWriter> make_writer(const std::string &path, FileKind kind, bool several) {
+std::unique_ptr<FrameWriter> make_writer(const std::string &path, FileKind kind, bool several,
+                                         const std::string &y4m_parameters) {
   if (kind == FileKind::kPng) return std::make_unique<PngWriter>(path, several);
+  if (kind == FileKind::kY4m) return std::make_unique<Y4mWriter>(path, y4m_parameters);
   return std::make_unique<RawWriter>(path);
 }
 

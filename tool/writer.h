@@ -1,4 +1,4 @@
-// Where the frames go: one raw file, or PNG files.
+// Where the frames go: one raw or Y4M file, or PNG files.
 #ifndef PIVRA_TOOL_WRITER_H
 #define PIVRA_TOOL_WRITER_H
 
@@ -9,9 +9,9 @@
 
 namespace pivra::tool {
 
-enum class FileKind { kRaw, kPng };
+enum class FileKind { kRaw, kY4m, kPng };
 
-// PNG for the suffix .png, in upper or lower case.
+// PNG and Y4M for the suffixes .png and .y4m, in upper or lower case.
 FileKind kind_of(const std::string &path);
 
 class FrameWriter {
@@ -26,8 +26,10 @@ class FrameWriter {
 };
 
 // PNG files have the frame's number in their names where the path has %d or %04d,
-// else in front of the suffix if there are `several` frames.
-std::unique_ptr<FrameWriter> make_writer(const std::string &path, FileKind kind, bool several);
+// else in front of the suffix if there are `several` frames. The parameters are
+// those that y4m_header() takes.
+std::unique_ptr<FrameWriter> make_writer(const std::string &path, FileKind kind, bool several,
+                                         const std::string &y4m_parameters);
 
 }  // namespace pivra::tool
 

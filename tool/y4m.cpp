@@ -21,6 +21,7 @@ struct Chroma {
 };
 
 // The kinds of 4:2:0 differ in where the chroma lies; repeated chroma has no place.
+// Of the names of a format the first is written.
 constexpr Chroma kChromas[] = {
     {"420", PIVRA_FORMAT_YUV420},      {"420jpeg", PIVRA_FORMAT_YUV420},
     {"420mpeg2", PIVRA_FORMAT_YUV420}, {"420paldv", PIVRA_FORMAT_YUV420},
@@ -47,12 +48,16 @@ std::int32_t parse_chroma(const InputFile &file, std::string_view text) {
 
 }  // namespace
 
-FrameShape read_y4m_header(InputFile &file) {
+bool y4m_holds(std::int32_t format) {
+  return std::ranges::find(kChromas, format, &Chroma::format) != std::end(kChromas);
+}
+
+FrameShape read_y4m_header(InputFile &file, std::string &kept) {
   const std::string line = file.read_line(kLongestLine).value_or("");
   std::istringstream parameters(line);
   std::string word;
   if (!(parameters >> word) || word != "YUV4MPEG2") {
-    fail("{} is not Y4M; raw frames need --from and --size", file.name());
+    fail("{} is neither Y4M nor PNG; raw frames need --from and --size", file.name());
   }
   FrameShape shape = {PIVRA_FORMAT_YUV420, 0, 0};
   bool full_range = false;
@@ -62,6 +67,9 @@ FrameShape read_y4m_header(InputFile &file) {
     if (word[0] == 'H') shape.height = parse_dimension(file, value);
     if (word[0] == 'C') shape.format = parse_chroma(file, value);
     full_range |= word == "XCOLORRANGE=FULL";
+    if (word.starts_with("XCOLORRANGE=") ||
+        std::string_view("FIA").find(word[0]) != std::string::npos)
+      kept += " " + word;
   }
   if (shape.width == 0 || shape.height == 0) fail("{} has no size in its Y4M header", file.name());
   // Grey is stored as it is; everything else would come out with false colours.
@@ -69,6 +77,12 @@ FrameShape read_y4m_header(InputFile &file) {
     fail("{} is full-range video, but the conversions are for video range", file.name());
   }
   return shape;
+}
+
+std::string y4m_header(const FrameShape &shape, const std::string &parameters) {
+  return fmt::format("YUV4MPEG2 W{} H{}{} C{}\n", shape.width, shape.height,
+                     parameters.empty() ? " F25:1 Ip" : parameters,
+                     std::ranges::find(kChromas, shape.format, &Chroma::format)->name);
 }
 
 void read_y4m_frame_line(InputFile &file, std::uint64_t index) {
