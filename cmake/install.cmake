@@ -1,11 +1,15 @@
-# What `cmake --install` lays down: both libraries, the headers, and what CMake
-# and pkg-config need to find them. All paths are relative to the installed
+# What `cmake --install` lays down: both libraries, the headers, the manual pages, and
+# what CMake and pkg-config need to find them. All paths are relative to the installed
 # files, so that the tree can be moved.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS pivra_shared pivra_static EXPORT pivra)
 install(FILES ${PROJECT_SOURCE_DIR}/include/pivra.h ${PROJECT_SOURCE_DIR}/include/pivra.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/docs/libpivra.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
+if(PIVRA_TOOL)
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/pivra.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/pivra)
 install(EXPORT pivra FILE pivra-config.cmake NAMESPACE pivra:: DESTINATION ${package_dir})

@@ -24,6 +24,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/** Marks what the library exports. */
 #if defined(__GNUC__)
 #define PIVRA_API __attribute__((visibility("default")))
 #else
@@ -35,7 +36,8 @@ extern "C" {
 #endif
 
 /* ------------------------------------------------------------------------ */
-/* Result codes                                                             */
+/** @defgroup results Result codes
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 enum {
@@ -47,8 +49,11 @@ enum {
   PIVRA_UNSUPPORTED = -3
 };
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Pixel formats                                                            */
+/** @defgroup formats Pixel formats
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -116,8 +121,11 @@ enum {
   PIVRA_FORMAT_ABGR8888 = 503
 };
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Pictures                                                                 */
+/** @defgroup pictures Pictures
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -141,8 +149,11 @@ typedef struct ImageDesc {
   uint32_t resize_mode;  /**< Read by resizing only; 0 is the ordinary mode. */
 } ImageDesc;
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Copy                                                                     */
+/** @defgroup copy Copy
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -198,8 +209,11 @@ PIVRA_API pivra_cpy_kernel pivra_cpy_24b;
 /** Copies rows of 4-byte pixels, exact for every size and stride. */
 PIVRA_API pivra_cpy_kernel pivra_cpy_32b;
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Colour conversion                                                        */
+/** @defgroup conversion Colour conversion
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -226,10 +240,18 @@ PIVRA_API int32_t pivra_csc(ImageDesc *src, ImageDesc *dst);
 typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_height,
                               int32_t *src_stride, int32_t *dst_stride, uint8_t **dst);
 
+/** The name of the kernel for a pair. */
+#define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination
+
+/** Declares the kernel for a pair. */
+#define PIVRA_DECLARE_CSC(SOURCE, source, DESTINATION, destination)           \
+  /** Converts a picture, see the head of its family and pivra_csc_kernel. */ \
+  PIVRA_API pivra_csc_kernel PIVRA_CSC_NAME(source, destination);
+
 /**
- * YUV to RGB
- * ----------
- * pivra_csc_<source>_to_<destination>, one kernel for each line of
+ * @defgroup yuv_to_rgb YUV to RGB
+ *
+ * `pivra_csc_<source>_to_<destination>`, one kernel for each line of
  * PIVRA_YUV_TO_RGB below: yuv420, yv12, yuv422n, yuv444, nv12, nv21, uyvy and
  * yuyv to each of the eight RGB formats; yuv400 to rgb565 and rgb888; yuv422w
  * to rgb565 and bgr565.
@@ -272,7 +294,10 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
  * They exchange entries 1 and 2 of the caller's plane and stride arrays, call
  * the yuv420 kernel, and do not exchange them back: afterwards the descriptor
  * lists U first. Fill the descriptor in anew before converting from it again.
+ *
+ * @{
  */
+/** A format that converts to every RGB format, see PIVRA_YUV_TO_RGB. */
 #define PIVRA_TO_EVERY_RGB(KERNEL, SOURCE, source) \
   KERNEL(SOURCE, source, RGB565, rgb565)           \
   KERNEL(SOURCE, source, BGR565, bgr565)           \
@@ -305,10 +330,13 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   PIVRA_YUV_TO_RGB_DIRECT(KERNEL) \
   PIVRA_YV12_TO_RGB(KERNEL)
 
+PIVRA_YUV_TO_RGB(PIVRA_DECLARE_CSC)
+/** @} */
+
 /**
- * YUV to YUV
- * ----------
- * pivra_csc_<source>_to_<destination>, one kernel for each line below: samples
+ * @defgroup yuv_to_yuv YUV to YUV
+ *
+ * `pivra_csc_<source>_to_<destination>`, one kernel for each line below: samples
  * move between planes, none is changed. Planes have the sizes and strides that
  * the two descriptors give each of them, chroma the width[1], width[2],
  * height[1] and height[2] of the source.
@@ -327,7 +355,10 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
  * - nv21 to nv12 takes all planes as contiguous and reads no strides: width[0] x
  *   height[0] bytes of luma, copied by the rule of pivra_cpy_8b for such
  *   planes, and width[0] x (height[0] / 2) bytes of chroma, in whole pairs.
+ *
+ * @{
  */
+/** Every YUV to YUV kernel. */
 #define PIVRA_YUV_TO_YUV(KERNEL)           \
   KERNEL(YUV420, yuv420, YV12, yv12)       \
   KERNEL(YUV420, yuv420, YUV422N, yuv422n) \
@@ -343,10 +374,13 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   KERNEL(NV21, nv21, YV12, yv12)           \
   KERNEL(NV21, nv21, NV12, nv12)
 
+PIVRA_YUV_TO_YUV(PIVRA_DECLARE_CSC)
+/** @} */
+
 /**
- * RGB to YUV
- * ----------
- * pivra_csc_<source>_to_<destination>: each of the eight RGB formats to yuv420,
+ * @defgroup rgb_to_yuv RGB to YUV
+ *
+ * `pivra_csc_<source>_to_<destination>`: each of the eight RGB formats to yuv420,
  * yv12, nv12 and nv21; rgba8888 and argb8888 to yuv444. The matrix is ITU-R
  * BT.601, video range:
  *
@@ -371,7 +405,10 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
  * - rgba8888 to yuv444 writes plane 0 alone, with the strides of both sides.
  * - argb8888 to yuv444 writes all three planes and takes both sides as packed,
  *   whatever the strides say.
+ *
+ * @{
  */
+/** One RGB format to every 4:2:0 layout. */
 #define PIVRA_TO_EVERY_YUV420(KERNEL, SOURCE, source) \
   KERNEL(SOURCE, source, YUV420, yuv420)              \
   KERNEL(SOURCE, source, YV12, yv12)                  \
@@ -391,22 +428,31 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   KERNEL(RGBA8888, rgba8888, YUV444, yuv444)        \
   KERNEL(ARGB8888, argb8888, YUV444, yuv444)
 
+PIVRA_RGB_TO_YUV(PIVRA_DECLARE_CSC)
+/** @} */
+
 /**
- * RGB to RGB
- * ----------
+ * @defgroup rgb_to_rgb RGB to RGB
+ *
  * To rgb565 each colour keeps its upper bits, without rounding; from rgb565 the
  * fields become the upper bits of R, G and B, the lower ones are zero and A is
  * 255. Strides of 16-bit rows are rounded down to a multiple of 2, those of
  * 32-bit rows to a multiple of 4.
+ *
+ * @{
  */
+/** Every RGB to RGB kernel. */
 #define PIVRA_RGB_TO_RGB(KERNEL)             \
   KERNEL(RGB888, rgb888, RGB565, rgb565)     \
   KERNEL(RGBA8888, rgba8888, RGB565, rgb565) \
   KERNEL(RGB565, rgb565, RGBA8888, rgba8888)
 
+PIVRA_RGB_TO_RGB(PIVRA_DECLARE_CSC)
+/** @} */
+
 /**
- * Tiled layouts
- * -------------
+ * @defgroup tiled Tiled layouts
+ *
  * A tiled plane is cut into tiles; the rows of a tile follow one another without
  * gaps, and so do the tiles. Widths here are bytes of the plane; a tiled 4:2:0
  * picture is a luma plane (w x h) and an interleaved chroma plane, U first, of w
@@ -464,6 +510,8 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
  * - t64x32 to yuv420: both chroma planes use stride[2]; to yv12: stride[1].
  * - yuv420 to t64x32 writes the picture's samples and leaves the rest of the
  *   tiles as it is. For an odd width the last U, V is a whole pair.
+ *
+ * @{
  */
 
 /** Tiled layouts with the usual matrix to RGB. */
@@ -488,6 +536,9 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   KERNEL(T8X8, t8x8, RGBA8888, rgba8888) \
   PIVRA_TILED_TO_LINEAR(KERNEL)
 
+PIVRA_TILED(PIVRA_DECLARE_CSC)
+/** @} */
+
 /** Every pair that pivra_csc converts: the families above. */
 #define PIVRA_CSC_PAIRS(KERNEL) \
   PIVRA_YUV_TO_RGB(KERNEL)      \
@@ -496,16 +547,13 @@ typedef void pivra_csc_kernel(uint8_t **src, int32_t *src_width, int32_t *src_he
   PIVRA_RGB_TO_RGB(KERNEL)      \
   PIVRA_TILED(KERNEL)
 
-/** The name of the kernel for a pair. */
-#define PIVRA_CSC_NAME(source, destination) pivra_csc_##source##_to_##destination
-
-#define PIVRA_DECLARE_CSC(SOURCE, source, DESTINATION, destination) \
-  PIVRA_API pivra_csc_kernel PIVRA_CSC_NAME(source, destination);
-PIVRA_CSC_PAIRS(PIVRA_DECLARE_CSC)
 #undef PIVRA_DECLARE_CSC
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Single planes                                                            */
+/** @defgroup planes Single planes
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /* Strides are bytes; a width or height of zero or less moves nothing. */
@@ -540,8 +588,11 @@ PIVRA_API void pivra_csc_8b8b_unpck(const uint8_t *src, int32_t width, int32_t h
                                     int32_t src_stride, int32_t a_stride, int32_t b_stride,
                                     uint8_t *a, uint8_t *b);
 
+/** @} */
+
 /* ------------------------------------------------------------------------ */
-/* Tiles                                                                    */
+/** @defgroup tiles Tiles
+ * @{ */
 /* ------------------------------------------------------------------------ */
 
 /**
@@ -565,10 +616,13 @@ typedef void pivra_tile_copy_kernel(const uint8_t *src, int32_t width, int32_t h
  */
 PIVRA_API pivra_tile_copy_kernel pivra_csc_copy_tiles_to_linear;
 
-/** Of the layouts that run from left to right; exact for every size. */
+/** Of 16x16 tiles, which run from left to right; exact for every size, as are the next. */
 PIVRA_API pivra_tile_copy_kernel pivra_csc_copy_16x16tiles_to_linear;
+/** Of 16x8 tiles. */
 PIVRA_API pivra_tile_copy_kernel pivra_csc_copy_16x8tiles_to_linear;
+/** Of 8x8 tiles. */
 PIVRA_API pivra_tile_copy_kernel pivra_csc_copy_8x8tiles_to_linear;
+/** Of 8x4 tiles, each in a slot of twice its size. */
 PIVRA_API pivra_tile_copy_kernel pivra_csc_copy_8x4tiles_to_linear;
 
 /**
@@ -595,6 +649,8 @@ PIVRA_API pivra_tile_unpack_kernel pivra_csc_unpack_16x8tiles_to_linear;
  * of one pair. Of both factors the low 16 bits count, as signed numbers.
  */
 PIVRA_API void pivra_csc_swap_8byte8(uint8_t *buf, int32_t width, int32_t height);
+
+/** @} */
 
 /* ------------------------------------------------------------------------ */
 /* The promise                                                              */

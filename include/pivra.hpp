@@ -30,6 +30,7 @@
 
 #include "pivra.h"
 
+/** The C++ layer. */
 namespace pivra {
 
 /** The smallest width and height that convert() takes, in pixels. */
@@ -49,9 +50,11 @@ inline constexpr std::int32_t kMinimumSize = 8;
  * tiled ones.
  */
 struct PlaneShape {
-  std::int32_t width_shift, height_shift;
-  std::int32_t bytes;
-  std::int32_t block_columns = 1, block_rows = 1;
+  std::int32_t width_shift;       /**< Halvings of the width. */
+  std::int32_t height_shift;      /**< Halvings of the height. */
+  std::int32_t bytes;             /**< Of an element. */
+  std::int32_t block_columns = 1; /**< Elements side by side in a block. */
+  std::int32_t block_rows = 1;    /**< Rows of elements in a block. */
 
   /** Elements in a row of a picture `width` pixels wide. */
   constexpr std::int32_t columns(std::int32_t width) const {
@@ -81,14 +84,14 @@ struct FormatInfo {
   std::int32_t code;                  /**< One of PIVRA_FORMAT_... */
   std::string_view name;              /**< As in pivra.h, in lower case. */
   std::span<const PlaneShape> planes; /**< How they follow from the size. */
-  /**
-   * The same layout elsewhere, empty if it has no name there. V4L2 names go without
-   * V4L2_PIX_FMT_, DRM names without DRM_FORMAT_; DRM lists the bytes of a pixel from
-   * the last to the first. Names tell the layout only, not range or matrix.
-   */
-  std::string_view ffmpeg, gstreamer, v4l2, drm;
-  /** The largest size that the layout holds. */
-  std::int32_t max_width = std::numeric_limits<std::int32_t>::max(), max_height = max_width;
+  // The same layout elsewhere, empty if it has no name there: layout only, not range or matrix.
+  std::string_view ffmpeg;    /**< In FFmpeg. */
+  std::string_view gstreamer; /**< In GStreamer. */
+  std::string_view v4l2;      /**< In V4L2, behind V4L2_PIX_FMT_. */
+  std::string_view drm;       /**< In DRM, behind DRM_FORMAT_; bytes of RGB from last to first. */
+  // The largest size that the layout holds.
+  std::int32_t max_width = std::numeric_limits<std::int32_t>::max();  /**< In pixels. */
+  std::int32_t max_height = std::numeric_limits<std::int32_t>::max(); /**< In rows. */
 
   /** Whether the samples lie in rows, which have strides, and not in tiles. */
   constexpr bool linear() const { return planes[0].block_rows == 1; }
@@ -242,6 +245,7 @@ inline std::int64_t pitch(const PlaneShape &shape, std::int32_t width, std::int3
 /**
  * A descriptor of a picture whose planes lie one behind the other.
  *
+ * @param format         one of PIVRA_FORMAT_..., but no tiled one.
  * @param width, height  of the picture in pixels, from 1 up; chroma sizes are
  *                       rounded up.
  * @param pixels         size_in_bytes() of the same arguments, or null to learn
@@ -353,12 +357,13 @@ class Picture {
         alignment_(alignment),
         bytes_(size_in_bytes(format, width, height, alignment)) {}
 
-  std::int32_t format() const { return format_; }
-  std::int32_t width() const { return width_; }
-  std::int32_t height() const { return height_; }
+  std::int32_t format() const { return format_; } /**< One of PIVRA_FORMAT_... */
+  std::int32_t width() const { return width_; }   /**< In pixels. */
+  std::int32_t height() const { return height_; } /**< In pixels. */
 
   /** All planes with their padding. */
   std::span<std::uint8_t> bytes() { return bytes_; }
+  /** All planes with their padding. */
   std::span<const std::uint8_t> bytes() const { return bytes_; }
 
   /** A new descriptor of the bytes, valid as long as the picture lives and is not moved. */
