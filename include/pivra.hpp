@@ -52,7 +52,7 @@ inline constexpr std::int32_t kMinimumSize = 8;
 struct PlaneShape {
   std::int32_t width_shift;       /**< Halvings of the width. */
   std::int32_t height_shift;      /**< Halvings of the height. */
-  std::int32_t bytes;             /**< Of an element. */
+  std::int32_t bytes;             /**< Of a block. */
   std::int32_t block_columns = 1; /**< Elements side by side in a block. */
   std::int32_t block_rows = 1;    /**< Rows of elements in a block. */
 

@@ -283,7 +283,7 @@ TEST(Convert, GivesEveryPixelAtEverySize) {
         ASSERT_NO_FATAL_FAILURE(follow_the_model(from, to, width, height));
     }
   EXPECT_EQ(pairs, std::ssize(detail::kPairs));
-  for (const int32_t width : {1281, 1282, 2047})
+  for (const int32_t width : {1281, 1282, 1284, 1366, 1600, 1680, 1918, 1920, 2047, 2048})
     follow_the_model(*find_format("t256x16"), *find_format("rgba8888"), width, 37);
 }
 
