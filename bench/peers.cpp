@@ -3,8 +3,8 @@
 #include <libyuv/convert.h>
 #include <libyuv/convert_argb.h>
 #include <libyuv/convert_from.h>
-#include <libyuv/planar_functions.h>
 #include <libyuv/convert_from_argb.h>
+#include <libyuv/planar_functions.h>
 
 #include <map>
 

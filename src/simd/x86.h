@@ -1,7 +1,7 @@
 // x86-64: the vocabulary at three register widths. What differs between them is
-// kept apart: the names of the intrinsics (x86_128.h and so on), and how the
-// results of even and odd pixels become bytes in memory order, by unpacking
-// within 128-bit lanes (x86_lanes.h) or by byte permutations (x86_512.h).
+// kept apart: loads, stores and steps across 128-bit lanes (x86_128.h and so on),
+// and how the results of even and odd pixels become bytes in memory order, by
+// unpacking within lanes (x86_lanes.h) or by byte permutations (x86_512.h).
 #ifndef PIVRA_SIMD_X86_H
 #define PIVRA_SIMD_X86_H
 
@@ -10,12 +10,17 @@
 namespace pivra::PIVRA_LEVEL {
 
 #if defined(__AVX512VBMI__)
-constexpr int32_t kBlock = 64;
+typedef __m512i Register;
+#define PIVRA_INTRINSIC(name) _mm512_##name
 #elif defined(__AVX2__)
-constexpr int32_t kBlock = 32;
+typedef __m256i Register;
+#define PIVRA_INTRINSIC(name) _mm256_##name
 #else
-constexpr int32_t kBlock = 16;
+typedef __m128i Register;
+#define PIVRA_INTRINSIC(name) _mm_##name
 #endif
+
+constexpr int32_t kBlock = sizeof(Register);
 
 typedef uint8_t U8 __attribute__((vector_size(kBlock)));
 typedef int16_t I16 __attribute__((vector_size(kBlock)));
@@ -46,6 +51,27 @@ struct Packed422 {
   Samples luma;
   Twos chroma;
 };
+
+// Operations that exist at every width, within 128-bit lanes where they move bytes.
+#define PIVRA_OPERATION(Result, name, T, intrinsic)                      \
+  PIVRA_INLINE Result name(T a, T b) {                                   \
+    return (Result)PIVRA_INTRINSIC(intrinsic)((Register)a, (Register)b); \
+  }
+PIVRA_OPERATION(U8, unpack_low8, U8, unpacklo_epi8)
+PIVRA_OPERATION(U8, unpack_high8, U8, unpackhi_epi8)
+PIVRA_OPERATION(U8, unpack_low16, U8, unpacklo_epi16)
+PIVRA_OPERATION(U8, unpack_high16, U8, unpackhi_epi16)
+PIVRA_OPERATION(U8, unpack_low32, U8, unpacklo_epi32)
+PIVRA_OPERATION(U8, unpack_high32, U8, unpackhi_epi32)
+PIVRA_OPERATION(U8, pack_unsigned, I16, packus_epi16)
+PIVRA_OPERATION(I16, pack_words, I32, packs_epi32)
+PIVRA_OPERATION(I32, multiply_add, I16, madd_epi16)
+PIVRA_OPERATION(I16, larger, I16, max_epi16)
+PIVRA_OPERATION(I16, add_saturated, I16, adds_epi16)
+#if defined(__SSSE3__)
+PIVRA_OPERATION(I16, multiply_add_bytes, U8, maddubs_epi16)
+#endif
+#undef PIVRA_OPERATION
 
 PIVRA_INLINE I16 low_bytes(U8 v) { return (I16)v & 0xFF; }
 PIVRA_INLINE I16 high_bytes(U8 v) { return (I16)((U16)v >> 8); }

@@ -17,21 +17,6 @@ PIVRA_INLINE void load_lane_pairs(const uint8_t *p, U8 &first, U8 &second) {
   second = load(p + 16);
 }
 
-#define PIVRA_LANE_OPERATION(Result, name, T, intrinsic) \
-  PIVRA_INLINE Result name(T a, T b) { return (Result)intrinsic((__m128i)a, (__m128i)b); }
-PIVRA_LANE_OPERATION(U8, unpack_low8, U8, _mm_unpacklo_epi8)
-PIVRA_LANE_OPERATION(U8, unpack_high8, U8, _mm_unpackhi_epi8)
-PIVRA_LANE_OPERATION(U8, unpack_low16, U8, _mm_unpacklo_epi16)
-PIVRA_LANE_OPERATION(U8, unpack_high16, U8, _mm_unpackhi_epi16)
-PIVRA_LANE_OPERATION(U8, unpack_low32, U8, _mm_unpacklo_epi32)
-PIVRA_LANE_OPERATION(U8, unpack_high32, U8, _mm_unpackhi_epi32)
-PIVRA_LANE_OPERATION(U8, pack_unsigned, I16, _mm_packus_epi16)
-PIVRA_LANE_OPERATION(I32, multiply_add, I16, _mm_madd_epi16)
-PIVRA_LANE_OPERATION(I16, pack_words, I32, _mm_packs_epi32)
-PIVRA_LANE_OPERATION(I16, larger, I16, _mm_max_epi16)
-PIVRA_LANE_OPERATION(I16, add_saturated, I16, _mm_adds_epi16)
-#undef PIVRA_LANE_OPERATION
-
 template <int bytes>
 PIVRA_INLINE U8 shift_up(U8 v) {
   return (U8)_mm_slli_si128((__m128i)v, bytes);

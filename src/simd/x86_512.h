@@ -10,15 +10,6 @@ PIVRA_INLINE void store(uint8_t *p, U8 v) { _mm512_storeu_si512(p, (__m512i)v); 
 PIVRA_INLINE I16 load_widened(const uint8_t *p) {
   return (I16)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i *)p));
 }
-#define PIVRA_OPERATION(Result, name, T, intrinsic) \
-  PIVRA_INLINE Result name(T a, T b) { return (Result)intrinsic((__m512i)a, (__m512i)b); }
-PIVRA_OPERATION(U8, pack_unsigned, I16, _mm512_packus_epi16)
-PIVRA_OPERATION(I16, add_saturated, I16, _mm512_adds_epi16)
-PIVRA_OPERATION(I32, multiply_add, I16, _mm512_madd_epi16)
-PIVRA_OPERATION(I16, pack_words, I32, _mm512_packs_epi32)
-PIVRA_OPERATION(I16, larger, I16, _mm512_max_epi16)
-PIVRA_OPERATION(I16, multiply_add_bytes, U8, _mm512_maddubs_epi16)
-#undef PIVRA_OPERATION
 
 // Where each byte of a result comes from: 0-63 the first register, 64-127 the second.
 struct alignas(64) Order {
