@@ -46,7 +46,7 @@ PIVRA_INLINE U8 in_turn32(U8 v) { return v; }
 PIVRA_INLINE U8 in_turn64(U8 v) { return v; }
 PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
   _mm_storel_epi64((__m128i *)p, (__m128i)v);
-  _mm_storeh_pd((double *)q, (__m128d)v);
+  _mm_storel_epi64((__m128i *)q, _mm_unpackhi_epi64((__m128i)v, (__m128i)v));
 }
 PIVRA_INLINE U8 even_pixels(U8 a, U8 b) {
   return (U8)_mm_shuffle_ps((__m128)a, (__m128)b, _MM_SHUFFLE(2, 0, 2, 0));
