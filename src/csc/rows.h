@@ -12,6 +12,12 @@ struct TargetRows {
   uint8_t *row[kRows];
 };
 
+// Whether rows so far apart run into each other: then the later one has to win,
+// and they are not converted together.
+PIVRA_INLINE bool rows_overlap(ptrdiff_t distance, ptrdiff_t row_bytes) {
+  return distance < row_bytes && -distance < row_bytes;
+}
+
 // Written out for one row or two, so that the row pointers stay in registers.
 template <int kRows, class Action>
 PIVRA_INLINE void for_each_row(Action action) {

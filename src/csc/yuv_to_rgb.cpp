@@ -9,8 +9,7 @@ namespace {
 
 // Rows that share chroma are converted together. A lone row (the first of an
 // odd height paired from the bottom, the last of another) is a pair with
-// itself, and so is every row where rows overlap in the destination: there the
-// later row has to win.
+// itself, and so is every row where rows overlap in the destination.
 template <class Source, class Target, Walk kWalk>
 void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride,
              int32_t *dst_stride, uint8_t **dst) {
@@ -18,11 +17,10 @@ void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride
   if (width[0] <= 0 || height[0] <= 0) return;
   Plan plan = plan_walk(kWalk, width, height, src_stride, dst_stride);
   const ptrdiff_t row_bytes = ptrdiff_t{plan.columns} * Target::kBytes;
-  const bool rows_overlap = plan.dst_stride < row_bytes && -plan.dst_stride < row_bytes;
+  const bool overlap = rows_overlap(plan.dst_stride, row_bytes);
 
   for (int32_t y = 0; y < height[0];) {
-    const bool lone =
-        kRows == 1 || rows_overlap || ((y + plan.chroma_phase) & 1) || y + 1 == height[0];
+    const bool lone = kRows == 1 || overlap || ((y + plan.chroma_phase) & 1) || y + 1 == height[0];
     SourceRows<kRows> in;
     TargetRows<kRows> out;
     for_each_row<kRows>([&](int row) {

@@ -31,8 +31,7 @@ struct T256x16 {
 };
 
 // Rows that share chroma are converted together unless they overlap in the
-// destination: there the later row has to win. The last row of an odd height is
-// a pair with itself.
+// destination. The last row of an odd height is a pair with itself.
 template <class Layout, class Target>
 void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t *dst_stride,
              uint8_t **dst) {
@@ -51,7 +50,7 @@ void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t 
         const ptrdiff_t row_bytes = ptrdiff_t{tile.columns} * Target::kBytes;
         for (int32_t row = 0; row < tile.rows;) {
           const ptrdiff_t distance = line(row + 1) - line(row);
-          const bool overlap = distance < row_bytes && -distance < row_bytes;
+          const bool overlap = rows_overlap(distance, row_bytes);
           const bool lone = overlap || (row & 1) || row + 1 == tile.rows;
           const int32_t second = lone ? row : row + 1;
           SourceRows<2> in = {{luma + row * kLuma.width, luma + second * kLuma.width},
@@ -81,7 +80,7 @@ void convert_16x16(uint8_t **src, int32_t *width, int32_t *height, int32_t *, in
   constexpr int32_t kRun = 256;
   const int32_t w = width[0], h = height[0];
   const ptrdiff_t stride = dst_stride[0], row_bytes = ptrdiff_t{w} * Target::kBytes;
-  const bool overlap = stride < row_bytes && -stride < row_bytes;
+  const bool overlap = rows_overlap(stride, row_bytes);
   for (int32_t y = 0; y < h;) {
     const int32_t second = overlap || (y & 1) || y + 1 == h ? y : y + 1;
     for (int32_t start = 0; start < w; start += kRun) {
