@@ -6,6 +6,7 @@ include(CMakePackageConfigHelpers)
 install(TARGETS pivra_shared pivra_static EXPORT pivra)
 install(FILES ${PROJECT_SOURCE_DIR}/include/pivra.h ${PROJECT_SOURCE_DIR}/include/pivra.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/pivra DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/docs/libpivra.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
 if(PIVRA_TOOL)
   install(FILES ${PROJECT_SOURCE_DIR}/docs/pivra.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

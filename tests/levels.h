@@ -16,23 +16,27 @@
 
 namespace pivra {
 
+// The table of each family, as a type and a name.
+#define PIVRA_FAMILIES(DO) \
+  DO(YuvToRgb, yuv_to_rgb) \
+  DO(Repack, repack)       \
+  DO(RgbToYuv, rgb_to_yuv) \
+  DO(RgbToRgb, rgb_to_rgb) \
+  DO(TiledToRgb, tiled_to_rgb)
+
 namespace plain {
-extern const YuvToRgb yuv_to_rgb;
-extern const Repack repack;
-extern const RgbToYuv rgb_to_yuv;
-extern const RgbToRgb rgb_to_rgb;
-extern const TiledToRgb tiled_to_rgb;
+#define PIVRA_PLAIN(Table, name) extern const Table name;
+PIVRA_FAMILIES(PIVRA_PLAIN)
+#undef PIVRA_PLAIN
 }  // namespace plain
 
 namespace test {
 
 struct LevelUnderTest {
   std::string name;
-  const YuvToRgb &yuv_to_rgb;
-  const Repack &repack;
-  const RgbToYuv &rgb_to_yuv;
-  const RgbToRgb &rgb_to_rgb;
-  const TiledToRgb &tiled_to_rgb;
+#define PIVRA_MEMBER(Table, name) const Table &name;
+  PIVRA_FAMILIES(PIVRA_MEMBER)
+#undef PIVRA_MEMBER
 
   friend std::ostream &operator<<(std::ostream &out, const LevelUnderTest &level) {
     return out << level.name;
@@ -40,12 +44,14 @@ struct LevelUnderTest {
 };
 
 inline std::vector<LevelUnderTest> levels_under_test() {
-  std::vector<LevelUnderTest> found = {{"plain", plain::yuv_to_rgb, plain::repack,
-                                        plain::rgb_to_yuv, plain::rgb_to_rgb, plain::tiled_to_rgb}};
+#define PIVRA_PLAIN(Table, name) plain::name,
+#define PIVRA_OF_LEVEL(Table, name) *name##_tables[i],
+  std::vector<LevelUnderTest> found = {{"plain", PIVRA_FAMILIES(PIVRA_PLAIN)}};
   for (size_t i = 0; i < kLevels; ++i)
     if (levels[i].supported() && levels[i].name != found[0].name)
-      found.push_back({levels[i].name, *yuv_to_rgb_tables[i], *repack_tables[i],
-                       *rgb_to_yuv_tables[i], *rgb_to_rgb_tables[i], *tiled_to_rgb_tables[i]});
+      found.push_back({levels[i].name, PIVRA_FAMILIES(PIVRA_OF_LEVEL)});
+#undef PIVRA_PLAIN
+#undef PIVRA_OF_LEVEL
   return found;
 }
 
