@@ -13,16 +13,18 @@
 #include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
 #include "tile/tiled_to_rgb.h"
+#include "turn/turn.h"
 
 namespace pivra {
 
 // The table of each family, as a type and a name.
-#define PIVRA_FAMILIES(DO) \
-  DO(YuvToRgb, yuv_to_rgb) \
-  DO(Repack, repack)       \
-  DO(RgbToYuv, rgb_to_yuv) \
-  DO(RgbToRgb, rgb_to_rgb) \
-  DO(TiledToRgb, tiled_to_rgb)
+#define PIVRA_FAMILIES(DO)     \
+  DO(YuvToRgb, yuv_to_rgb)     \
+  DO(Repack, repack)           \
+  DO(RgbToYuv, rgb_to_yuv)     \
+  DO(RgbToRgb, rgb_to_rgb)     \
+  DO(TiledToRgb, tiled_to_rgb) \
+  DO(Turns, turns)
 
 namespace plain {
 #define PIVRA_PLAIN(Table, name) extern const Table name;

@@ -287,6 +287,97 @@ PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
   vst1q_u8(p, vcombine_u8(top_bytes<W>(block.v[0]), top_bytes<W>(block.v[1])));
 }
 
+// --- Units that change places ---
+
+constexpr int32_t kLane = 8;
+typedef uint8x8_t Lane;
+
+PIVRA_INLINE Lane load_lane(const uint8_t *p) { return vld1_u8(p); }
+PIVRA_INLINE void store_eights(uint8_t *p, ptrdiff_t, Lane l) { vst1_u8(p, l); }
+PIVRA_INLINE Whole load_lanes(const uint8_t *p, ptrdiff_t step) {
+  return vcombine_u8(vld1_u8(p), vld1_u8(p + step));
+}
+
+// Elements of some bytes as 2 x 2 matrices, whose rows are in a and b, transposed.
+#if defined(__arm__) && !defined(__clang__)
+// The intrinsics cost GCC moves.
+template <int bytes, class V>
+PIVRA_INLINE void transpose_twos(V &a, V &b) {
+  if constexpr (sizeof(V) == 16)
+    asm("vtrn.%c[bits] %q[a], %q[b]" : [a] "+w"(a), [b] "+w"(b) : [bits] "i"(8 * bytes));
+  else
+    asm("vtrn.%c[bits] %P[a], %P[b]" : [a] "+w"(a), [b] "+w"(b) : [bits] "i"(8 * bytes));
+}
+#else
+#define PIVRA_TRANSPOSE_TWOS(Vector, q)                                                       \
+  template <int bytes>                                                                        \
+  PIVRA_INLINE void transpose_twos(Vector &a, Vector &b) {                                    \
+    if constexpr (bytes == 1) {                                                               \
+      const auto v = vtrn##q##_u8(a, b);                                                      \
+      a = v.val[0], b = v.val[1];                                                             \
+    } else if constexpr (bytes == 2) {                                                        \
+      const auto v = vtrn##q##_u16(vreinterpret##q##_u16_u8(a), vreinterpret##q##_u16_u8(b)); \
+      a = vreinterpret##q##_u8_u16(v.val[0]), b = vreinterpret##q##_u8_u16(v.val[1]);         \
+    } else {                                                                                  \
+      const auto v = vtrn##q##_u32(vreinterpret##q##_u32_u8(a), vreinterpret##q##_u32_u8(b)); \
+      a = vreinterpret##q##_u8_u32(v.val[0]), b = vreinterpret##q##_u8_u32(v.val[1]);         \
+    }                                                                                         \
+  }
+PIVRA_TRANSPOSE_TWOS(uint8x8_t, )
+PIVRA_TRANSPOSE_TWOS(uint8x16_t, q)
+#undef PIVRA_TRANSPOSE_TWOS
+#endif
+
+// A matrix of n x n units, first as 2 x 2 matrices of its quarters, then these.
+template <int unit, int half, class V, int n>
+PIVRA_INLINE void transpose_quarters(V (&v)[n]) {
+#pragma GCC unroll 8
+  for (int i = 0; i < n; ++i)
+    if ((i & half) == 0) transpose_twos<half * unit>(v[i], v[i + half]);
+  if constexpr (half > 1) transpose_quarters<unit, half / 2>(v);
+}
+template <int unit, class V, int n>
+PIVRA_INLINE void transpose(V (&v)[n]) {
+  transpose_quarters<unit, n / 2>(v);
+}
+
+template <int unit>
+PIVRA_INLINE Whole reverse(Whole w) {
+  if constexpr (unit == 1) w = vrev64q_u8(w);
+  if constexpr (unit == 2) w = vreinterpretq_u8_u16(vrev64q_u16(vreinterpretq_u16_u8(w)));
+  if constexpr (unit == 4) w = vreinterpretq_u8_u32(vrev64q_u32(vreinterpretq_u32_u8(w)));
+  return vcombine_u8(vget_high_u8(w), vget_low_u8(w));
+}
+
+template <int unit>
+constexpr int32_t kMirrored = unit == 3 ? 3 * kBlock : kBlock;
+template <int unit>
+PIVRA_INLINE void copy_mirrored(const uint8_t *src, uint8_t *dst) {
+  if constexpr (unit == 3) {
+    Channels<uint8x16_t, 3> p = load_pixels<3>(src);
+    const auto reversed = [](uint8x16_t c) {
+      return Bytes{vrev64_u8(vget_high_u8(c)), vrev64_u8(vget_low_u8(c))};
+    };
+    store_interleaved3(dst, reversed(p.byte[0]), reversed(p.byte[1]), reversed(p.byte[2]));
+  } else {
+    store_bytes(dst, reverse<unit>(load_bytes(src)));
+  }
+}
+
+template <int first>
+PIVRA_INLINE Whole move_apart(Whole w) {
+  constexpr uint8_t s = first;
+  const uint8x8_t order = {s, s + 1, s + 2, 255, s + 3, s + 4, s + 5, 255};
+  return vcombine_u8(vtbl1_u8(vget_low_u8(w), order), vtbl1_u8(vget_high_u8(w), order));
+}
+PIVRA_INLINE void store_triples(uint8_t *p, Whole w) {
+  const uint8x8x2_t table = {{vget_low_u8(w), vget_high_u8(w)}};
+  const uint8x8_t first = {0, 1, 2, 4, 5, 6, 8, 9}, last = {10, 12, 13, 14, 255, 255, 255, 255};
+  vst1_u8(p, vtbl2_u8(table, first));
+  const uint32_t four = vget_lane_u32(vreinterpret_u32_u8(vtbl2_u8(table, last)), 0);
+  memcpy(p + 8, &four, sizeof four);
+}
+
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   vst1_u8(p, a);
   vst1_u8(q, b);

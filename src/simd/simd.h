@@ -45,6 +45,20 @@
 //   store_pairs(p, even, odd) the same back
 //   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
 //
+// Units of 1, 2 or 4 bytes that change places. A row gives kLane bytes to a register;
+// each lane of a Whole is of another row.
+//
+//   load_lanes(p, step)       Whole, lane by lane from p, p + step, ...
+//   transpose<unit>(v)        of n registers an array, in place. Where n is the units of
+//                             a lane, register k gets unit k of each row, lane by lane
+//   load_lane(p)              Lane, of one row; n of them by 8 bytes can be transposed
+//   store_eights(p, step, l)  the 8-byte parts of a Lane to p, p + step, ...
+//   reverse<unit>(w)          the last unit first
+//   copy_mirrored<unit>(p, q) kMirrored<unit> bytes from p to q, the last unit first;
+//                             here the unit may be 3
+//   move_apart<first>(w)      3-byte units of each lane, from byte `first` on, to 4 bytes
+//   store_triples(p, w)       the first 3 bytes of every 4, which is 3/4 kBlock bytes
+//
 // RGB pixels are weighed as they lie in memory. Sums are taken modulo 65536, and a
 // result is the upper byte of its sum.
 //

@@ -73,6 +73,38 @@ PIVRA_OPERATION(I16, multiply_add_bytes, U8, maddubs_epi16)
 #endif
 #undef PIVRA_OPERATION
 
+// Of a 128-bit lane alone as well. GCC 12 warns of what unmasked 512-bit operations
+// leave undefined, and drops a mask that is full.
+constexpr int32_t kLane = 16;
+typedef uint8_t Lane __attribute__((vector_size(kLane)));
+#if defined(__AVX512VBMI__)
+#define PIVRA_WIDE(name, a, b) _mm512_maskz_##name(-1, (Register)a, (Register)b)
+#else
+#define PIVRA_WIDE(name, a, b) PIVRA_INTRINSIC(name)((Register)a, (Register)b)
+#endif
+#define PIVRA_UNPACK(name, intrinsic)                              \
+  template <int unit>                                              \
+  PIVRA_INLINE __m128i name(__m128i a, __m128i b) {                \
+    if constexpr (unit == 1) return _mm_##intrinsic##_epi8(a, b);  \
+    if constexpr (unit == 2) return _mm_##intrinsic##_epi16(a, b); \
+    if constexpr (unit == 4) return _mm_##intrinsic##_epi32(a, b); \
+  }                                                                \
+  template <int unit, class V>                                     \
+  PIVRA_INLINE V name(V a, V b) {                                  \
+    if constexpr (sizeof(V) == kLane)                              \
+      return (V)name<unit>((__m128i)a, (__m128i)b);                \
+    else if constexpr (unit == 1)                                  \
+      return (V)PIVRA_WIDE(intrinsic##_epi8, a, b);                \
+    else if constexpr (unit == 2)                                  \
+      return (V)PIVRA_WIDE(intrinsic##_epi16, a, b);               \
+    else                                                           \
+      return (V)PIVRA_WIDE(intrinsic##_epi32, a, b);               \
+  }
+PIVRA_UNPACK(unpack_low, unpacklo)
+PIVRA_UNPACK(unpack_high, unpackhi)
+#undef PIVRA_UNPACK
+#undef PIVRA_WIDE
+
 PIVRA_INLINE I16 low_bytes(U8 v) { return (I16)v & 0xFF; }
 PIVRA_INLINE I16 high_bytes(U8 v) { return (I16)((U16)v >> 8); }
 
@@ -279,6 +311,42 @@ template <class W>
 PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
   const U16 a = top_bytes<W>(block.v[0]), b = top_bytes<W>(block.v[1]);
   store(p, in_turn64(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
+}
+
+PIVRA_INLINE Lane load_lane(const uint8_t *p) { return (Lane)_mm_loadu_si128((const __m128i *)p); }
+PIVRA_INLINE void store_eights(uint8_t *p, ptrdiff_t step, Lane l) {
+  _mm_storel_epi64((__m128i *)p, (__m128i)l);
+  _mm_storeh_pd((double *)(p + step), (__m128d)l);
+}
+
+// The number of a register and the number of a unit in it are one index. A round of
+// unpacking register i with register i + n / 2 turns its bits round by one place;
+// as many rounds as a register's number has bits exchange the two.
+template <int unit, class V, int n>
+PIVRA_INLINE void transpose(V (&v)[n]) {
+#pragma GCC unroll 4
+  for (int round = 1; round < n; round *= 2) {
+    V turned[n];
+#pragma GCC unroll 8
+    for (int i = 0; i < n / 2; ++i) {
+      turned[2 * i] = unpack_low<unit>(v[i], v[i + n / 2]);
+      turned[2 * i + 1] = unpack_high<unit>(v[i], v[i + n / 2]);
+    }
+#pragma GCC unroll 16
+    for (int i = 0; i < n; ++i) v[i] = turned[i];
+  }
+}
+
+template <int unit>
+constexpr int32_t kMirrored = unit == 3 ? 3 * kBlock : kBlock;
+template <int unit>
+PIVRA_INLINE void copy_mirrored(const uint8_t *src, uint8_t *dst) {
+  if constexpr (unit == 3) {
+    Pixels p = load_triples(src);
+    for (int i = 0; i < 4; ++i) store_triples(dst + (3 - i) * (kBlock / 4 * 3), reverse<4>(p.v[i]));
+  } else {
+    store(dst, reverse<unit>(load(src)));
+  }
 }
 
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {

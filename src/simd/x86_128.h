@@ -63,6 +63,30 @@ PIVRA_INLINE Pixels load_triples(const uint8_t *p) {
            spread_triples(shift_down<4>(load(p + 32)))}};
 }
 
+// --- Units that change places ---
+
+PIVRA_INLINE U8 load_lanes(const uint8_t *p, ptrdiff_t) { return load(p); }
+
+template <int unit>
+PIVRA_INLINE U8 reverse(U8 v) {
+  if constexpr (unit == 4) return (U8)_mm_shuffle_epi32((__m128i)v, _MM_SHUFFLE(0, 1, 2, 3));
+  if constexpr (unit == 1) v = (U8)((U16)v << 8 | (U16)v >> 8);
+  const __m128i low = _mm_shufflelo_epi16((__m128i)v, _MM_SHUFFLE(0, 1, 2, 3));
+  const __m128i both = _mm_shufflehi_epi16(low, _MM_SHUFFLE(0, 1, 2, 3));
+  return (U8)_mm_shuffle_epi32(both, _MM_SHUFFLE(1, 0, 3, 2));
+}
+
+template <int first>
+PIVRA_INLINE U8 move_apart(U8 v) {
+  return spread_triples(shift_down<first>(v));
+}
+PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
+  const __m128i bytes = (__m128i)drop_fourth_bytes(v);
+  _mm_storel_epi64((__m128i *)p, bytes);
+  const int32_t last = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 8));
+  memcpy(p + 8, &last, sizeof last);
+}
+
 }  // namespace pivra::PIVRA_LEVEL
 
 #endif

@@ -76,6 +76,40 @@ PIVRA_INLINE Pixels load_triples(const uint8_t *p) {
            spread_triples<0>(p + 48, p + 60), spread_triples<4>(p + 72, p + 80)}};
 }
 
+// --- Units that change places ---
+
+PIVRA_INLINE U8 load_lanes(const uint8_t *p, ptrdiff_t step) {
+  return (U8)_mm256_loadu2_m128i((const __m128i *)(p + step), (const __m128i *)p);
+}
+PIVRA_INLINE U8 shuffle_lanes(U8 v, __m128i order) {
+  return (U8)_mm256_shuffle_epi8((__m256i)v, _mm256_broadcastsi128_si256(order));
+}
+
+template <int unit>
+PIVRA_INLINE U8 reverse(U8 v) {
+  U8 lanes;
+  if constexpr (unit == 1)
+    lanes = shuffle_lanes(v, _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+  else if constexpr (unit == 2)
+    lanes = shuffle_lanes(v, _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
+  else
+    lanes = (U8)_mm256_shuffle_epi32((__m256i)v, _MM_SHUFFLE(0, 1, 2, 3));
+  return (U8)_mm256_permute4x64_epi64((__m256i)lanes, _MM_SHUFFLE(1, 0, 3, 2));
+}
+
+template <int first>
+PIVRA_INLINE U8 move_apart(U8 v) {
+  constexpr int8_t s = first;
+  return shuffle_lanes(v, _mm_setr_epi8(s, s + 1, s + 2, -1, s + 3, s + 4, s + 5, -1, s + 6, s + 7,
+                                        s + 8, -1, s + 9, s + 10, s + 11, -1));
+}
+PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
+  const __m256i order = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
+  const __m256i bytes = _mm256_permutevar8x32_epi32((__m256i)drop_fourth_bytes(v), order);
+  _mm_storeu_si128((__m128i *)p, _mm256_castsi256_si128(bytes));
+  _mm_storel_epi64((__m128i *)(p + 16), _mm256_extracti128_si256(bytes, 1));
+}
+
 }  // namespace pivra::PIVRA_LEVEL
 
 #endif

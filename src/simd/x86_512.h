@@ -126,6 +126,46 @@ PIVRA_INLINE Pixels load_triples(const uint8_t *p) {
            load_triples_apart<16>(p + 128)}};
 }
 
+// --- Units that change places ---
+
+template <int lane>
+PIVRA_INLINE __m512i insert_lane(__m512i v, const uint8_t *p) {
+  const __m128i bytes = _mm_loadu_si128((const __m128i *)p);
+  return _mm512_maskz_inserti32x4(~__mmask16{0}, v, bytes, lane);
+}
+PIVRA_INLINE U8 load_lanes(const uint8_t *p, ptrdiff_t step) {
+  __m512i v = _mm512_zextsi128_si512(_mm_loadu_si128((const __m128i *)p));
+  v = insert_lane<1>(v, p + step);
+  v = insert_lane<2>(v, p + 2 * step);
+  return (U8)insert_lane<3>(v, p + 3 * step);
+}
+PIVRA_INLINE U8 permute(U8 v, const Order &order) {
+  return (U8)_mm512_maskz_permutexvar_epi8(~__mmask64{0}, _mm512_load_si512(&order), (__m512i)v);
+}
+
+template <int unit>
+constexpr Order kReversed = make_order([](int i) {
+  return 64 - unit - i / unit * unit + i % unit;
+});
+template <int unit>
+PIVRA_INLINE U8 reverse(U8 v) {
+  return permute(v, kReversed<unit>);
+}
+
+template <int first>
+constexpr Order kLanesApart = make_order([](int i) {
+  return first + i / 16 * 16 + i % 16 / 4 * 3 + (i % 4 < 3 ? i % 4 : 0);
+});
+template <int first>
+PIVRA_INLINE U8 move_apart(U8 v) {
+  return permute(v, kLanesApart<first>);
+}
+constexpr Order kTriplesTogether = make_order([](int i) { return i < 48 ? i / 3 * 4 + i % 3 : 0; });
+PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
+  const U8 bytes = permute(v, kTriplesTogether);
+  memcpy(p, &bytes, 48);
+}
+
 }  // namespace pivra::PIVRA_LEVEL
 
 #endif

@@ -1,0 +1,183 @@
+// The moves that turns are made of. Compiled once per instruction-set level.
+#include "simd/simd.h"
+#include "turn/turn.h"
+
+namespace pivra::PIVRA_LEVEL {
+namespace {
+
+// --- One unit at a time ---
+
+template <int unit>
+PIVRA_INLINE void move_unit(const uint8_t *src, uint8_t *dst) {
+  memcpy(dst, src, unit);
+}
+
+template <int unit>
+void transpose_units(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
+                     ptrdiff_t dst_stride, uint8_t *dst) {
+  for (ptrdiff_t y = 0; y < height; ++y)
+    for (ptrdiff_t x = 0; x < width; ++x)
+      move_unit<unit>(src + y * src_stride + x * unit, dst + x * dst_stride + y * unit);
+}
+
+template <int unit>
+void mirror_units(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
+                  ptrdiff_t dst_stride, uint8_t *dst) {
+  for (ptrdiff_t y = 0; y < height; ++y)
+    for (ptrdiff_t x = 0; x < width; ++x)
+      move_unit<unit>(src + y * src_stride + x * unit,
+                      dst + y * dst_stride + (width - 1 - x) * unit);
+}
+
+#if PIVRA_VECTORS
+
+// --- Blocks that are transposed in registers ---
+
+// As many rows as fill whole registers: the fewest stores.
+template <int unit>
+struct Tall {
+  static constexpr ptrdiff_t kRows = kBlock / unit, kColumns = kLane / unit;
+
+  PIVRA_INLINE static void transpose(const uint8_t *src, ptrdiff_t src_stride, ptrdiff_t dst_stride,
+                                     uint8_t *dst) {
+    Whole v[kColumns];
+#pragma GCC unroll 16
+    for (Whole &row : v) {
+      row = load_lanes(src, kColumns * src_stride);
+      src += src_stride;
+    }
+    PIVRA_LEVEL::transpose<unit>(v);
+#pragma GCC unroll 16
+    for (Whole &column : v) {
+      store_bytes(dst, column);
+      dst += dst_stride;
+    }
+  }
+};
+
+// Triples travel as units of four bytes, two lanes to a row.
+template <>
+struct Tall<3> {
+  static constexpr ptrdiff_t kHalf = kLane / 4;
+  static constexpr ptrdiff_t kRows = kBlock / 4, kColumns = 2 * kHalf;
+
+  template <int past>
+  PIVRA_INLINE static void transpose_half(const uint8_t *src, ptrdiff_t src_stride,
+                                          ptrdiff_t dst_stride, uint8_t *dst) {
+    Whole v[kHalf];
+#pragma GCC unroll 4
+    for (Whole &row : v) {
+      row = move_apart<past>(load_lanes(src, kHalf * src_stride));
+      src += src_stride;
+    }
+    PIVRA_LEVEL::transpose<4>(v);
+#pragma GCC unroll 4
+    for (Whole &column : v) {
+      store_triples(dst, column);
+      dst += dst_stride;
+    }
+  }
+  PIVRA_INLINE static void transpose(const uint8_t *src, ptrdiff_t src_stride, ptrdiff_t dst_stride,
+                                     uint8_t *dst) {
+    transpose_half<0>(src, src_stride, dst_stride, dst);
+    // What fills a lane and ends with the last column.
+    constexpr int32_t kPast = kLane - 3 * kHalf;
+    transpose_half<kPast>(src + 3 * kHalf - kPast, src_stride, dst_stride,
+                          dst + kHalf * dst_stride);
+  }
+};
+
+// As few rows as make eight bytes of a column.
+template <int unit>
+struct Short {
+  static constexpr ptrdiff_t kRows = 8 / unit, kColumns = kLane / unit;
+
+  PIVRA_INLINE static void transpose(const uint8_t *src, ptrdiff_t src_stride, ptrdiff_t dst_stride,
+                                     uint8_t *dst) {
+    constexpr ptrdiff_t kColumnsEach = kLane / 8;
+    Lane v[kRows];
+#pragma GCC unroll 8
+    for (Lane &row : v) {
+      row = load_lane(src);
+      src += src_stride;
+    }
+    PIVRA_LEVEL::transpose<unit>(v);
+#pragma GCC unroll 8
+    for (Lane &columns : v) {
+      store_eights(dst, dst_stride, columns);
+      dst += kColumnsEach * dst_stride;
+    }
+  }
+};
+
+ptrdiff_t smaller(ptrdiff_t a, ptrdiff_t b) { return a < b ? a : b; }
+
+// Bands of rows that make whole cache lines of the destination, down before across:
+// a line is filled while it is at hand.
+template <class Block, int unit>
+PIVRA_INLINE bool in_blocks(const uint8_t *src, ptrdiff_t width, ptrdiff_t height,
+                            ptrdiff_t src_stride, ptrdiff_t dst_stride, uint8_t *dst) {
+  if (width < Block::kColumns || height < Block::kRows) return false;
+  constexpr ptrdiff_t kBand = 64 / (unit == 3 ? 1 : unit);
+  for (ptrdiff_t band = 0; band < height; band += kBand) {
+    const ptrdiff_t end = smaller(band + kBand, height);
+    for (ptrdiff_t at = 0; at < width; at += Block::kColumns) {
+      const ptrdiff_t x = smaller(at, width - Block::kColumns);
+      for (ptrdiff_t from = band; from < end; from += Block::kRows) {
+        const ptrdiff_t y = smaller(from, height - Block::kRows);
+        Block::transpose(src + y * src_stride + x * unit, src_stride, dst_stride,
+                         dst + x * dst_stride + y * unit);
+      }
+    }
+  }
+  return true;
+}
+
+#endif
+
+template <int unit>
+void transpose(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
+               ptrdiff_t dst_stride, uint8_t *dst) {
+#if PIVRA_VECTORS
+  if (in_blocks<Tall<unit>, unit>(src, width, height, src_stride, dst_stride, dst)) return;
+  if constexpr (unit != 3)
+    if (in_blocks<Short<unit>, unit>(src, width, height, src_stride, dst_stride, dst)) return;
+#endif
+  transpose_units<unit>(src, width, height, src_stride, dst_stride, dst);
+}
+
+template <int unit>
+void mirror(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
+            ptrdiff_t dst_stride, uint8_t *dst) {
+#if PIVRA_VECTORS
+  constexpr ptrdiff_t kStep = kMirrored<unit>;
+  const ptrdiff_t last = width * unit - kStep;
+  if (last >= 0) {
+    for (; height > 0; --height, src += src_stride, dst += dst_stride)
+      for (ptrdiff_t at = 0; at < last + kStep; at += kStep) {
+        const ptrdiff_t x = smaller(at, last);
+        copy_mirrored<unit>(src + x, dst + last - x);
+      }
+    return;
+  }
+#endif
+  mirror_units<unit>(src, width, height, src_stride, dst_stride, dst);
+}
+
+template <int unit>
+void copy(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
+          ptrdiff_t dst_stride, uint8_t *dst) {
+  for (; height > 0; --height, src += src_stride, dst += dst_stride)
+    memcpy(dst, src, static_cast<size_t>(width * unit));
+}
+
+}  // namespace
+
+extern const Turns turns;
+const Turns turns = {
+    .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
+    .mirror = {mirror<1>, mirror<2>, mirror<3>, mirror<4>},
+    .copy = {copy<1>, copy<2>, copy<3>, copy<4>},
+};
+
+}  // namespace pivra::PIVRA_LEVEL
