@@ -342,8 +342,7 @@ constexpr int32_t kMirrored = unit == 3 ? 3 * kBlock : kBlock;
 template <int unit>
 PIVRA_INLINE void copy_mirrored(const uint8_t *src, uint8_t *dst) {
   if constexpr (unit == 3) {
-    Pixels p = load_triples(src);
-    for (int i = 0; i < 4; ++i) store_triples(dst + (3 - i) * (kBlock / 4 * 3), reverse<4>(p.v[i]));
+    copy_reversed_triples(src, dst);
   } else {
     store(dst, reverse<unit>(load(src)));
   }

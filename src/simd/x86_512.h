@@ -152,6 +152,23 @@ PIVRA_INLINE U8 reverse(U8 v) {
   return permute(v, kReversed<unit>);
 }
 
+// Triples of three registers, the last one first: of the middle register a byte each
+// comes from all three. Bytes of the first register are counted from the second on.
+template <int k>
+constexpr Order kTriplesReversed = make_order([](int i) {
+  const int t = 64 * k + i;
+  return 189 - t / 3 * 3 + t % 3 - (k == 0 ? 64 : 0);
+});
+constexpr __mmask64 kFromThird = 2;
+PIVRA_INLINE void copy_reversed_triples(const uint8_t *src, uint8_t *dst) {
+  const U8 a = load(src), b = load(src + 64), c = load(src + 128);
+  const __m512i order = _mm512_load_si512(&kTriplesReversed<1>);
+  store(dst, permute(b, kTriplesReversed<0>, c));
+  store(dst + 64, (U8)_mm512_mask_permutexvar_epi8((__m512i)permute(a, kTriplesReversed<1>, b),
+                                                   kFromThird, order, (__m512i)c));
+  store(dst + 128, permute(a, kTriplesReversed<2>, b));
+}
+
 template <int first>
 constexpr Order kLanesApart = make_order([](int i) {
   return first + i / 16 * 16 + i % 16 / 4 * 3 + (i % 4 < 3 ? i % 4 : 0);

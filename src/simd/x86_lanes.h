@@ -47,6 +47,11 @@ PIVRA_INLINE uint8_t *store_565(uint8_t *p, Words565 even, Words565 odd) {
   return store_lanes(p, words);
 }
 
+PIVRA_INLINE void copy_reversed_triples(const uint8_t *src, uint8_t *dst) {
+  Pixels p = load_triples(src);
+  for (int i = 0; i < 4; ++i) store_triples(dst + (3 - i) * (kBlock / 4 * 3), reverse<4>(p.v[i]));
+}
+
 }  // namespace pivra::PIVRA_LEVEL
 
 #endif

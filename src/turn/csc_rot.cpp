@@ -23,7 +23,7 @@ template <int code>
 void convert_and_turn(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride,
                       int32_t *dst_stride, uint8_t **dst) {
   constexpr int32_t kPixel = 4, kRows = 16, kColumns = 64;
-  uint8_t pixels[kRows * kColumns * kPixel];
+  alignas(64) uint8_t pixels[kRows * kColumns * kPixel];
   uint8_t *buffer[] = {pixels};
   int32_t buffer_stride[] = {kColumns * kPixel};
   const auto convert = pivra::chosen(pivra::yuv_to_rgb_tables).yuyv_to_bgra8888;
