@@ -12,6 +12,7 @@
 #include "csc/rgb_to_rgb.h"
 #include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
+#include "filter/rows.h"
 #include "tile/tiled_to_rgb.h"
 #include "turn/turn.h"
 
@@ -24,7 +25,8 @@ namespace pivra {
   DO(RgbToYuv, rgb_to_yuv)     \
   DO(RgbToRgb, rgb_to_rgb)     \
   DO(TiledToRgb, tiled_to_rgb) \
-  DO(Turns, turns)
+  DO(Turns, turns)             \
+  DO(FilterRows, filter_rows)
 
 namespace plain {
 #define PIVRA_PLAIN(Table, name) extern const Table name;

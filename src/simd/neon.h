@@ -52,6 +52,31 @@ PIVRA_INLINE void store_pairs(uint8_t *p, Whole even, Whole odd) {
   vst2q_u8(p, uint8x16x2_t{{even, odd}});
 }
 PIVRA_INLINE Whole exchange_neighbours(Whole w) { return vrev16q_u8(w); }
+PIVRA_INLINE Whole select(Whole mask, Whole a, Whole b) { return vbslq_u8(mask, a, b); }
+
+PIVRA_INLINE Pair<Narrow> split(Samples s) { return s; }
+PIVRA_INLINE I16 sum(Narrow n, Narrow m) { return vreinterpretq_s16_u16(vaddl_u8(n, m)); }
+template <int k>
+PIVRA_INLINE I16 widened(Narrow n) {
+  return vreinterpretq_s16_u16(vshll_n_u8(n, k));
+}
+
+#if defined(__aarch64__)
+// An index beyond a quarter of the table leaves what the other quarters gave.
+#define PIVRA_TABLES_IN_REGISTERS 1
+struct Table {
+  uint8x16x4_t quarter[4];
+};
+PIVRA_INLINE Table load_table(const uint8_t *p) {
+  return {{vld1q_u8_x4(p), vld1q_u8_x4(p + 64), vld1q_u8_x4(p + 128), vld1q_u8_x4(p + 192)}};
+}
+PIVRA_INLINE Whole look_up(Table t, Whole index) {
+  Whole found = vqtbl4q_u8(t.quarter[0], index);
+  found = vqtbx4q_u8(found, t.quarter[1], vsubq_u8(index, vdupq_n_u8(64)));
+  found = vqtbx4q_u8(found, t.quarter[2], vsubq_u8(index, vdupq_n_u8(128)));
+  return vqtbx4q_u8(found, t.quarter[3], vsubq_u8(index, vdupq_n_u8(192)));
+}
+#endif
 
 PIVRA_INLINE Twos twos(Narrow first, Narrow second) { return {first, second}; }
 PIVRA_INLINE Twos even_twos(Samples first, Samples second) { return {first.even, second.even}; }
@@ -93,7 +118,10 @@ PIVRA_INLINE Pair<I16> scale(Samples s) {
 PIVRA_INLINE I16 add_saturated(I16 a, I16 b) { return vqaddq_s16(a, b); }
 
 typedef uint8x8_t Clamped;
-PIVRA_INLINE Clamped clamp(I16 i) { return vqshrun_n_s16(i, 7); }
+template <int kFraction = 7>
+PIVRA_INLINE Clamped clamp(I16 i) {
+  return vqshrun_n_s16(i, kFraction);
+}
 
 #if defined(__arm__) && !defined(__clang__)
 // The intrinsic costs GCC a zip for each of the two results.
@@ -107,6 +135,10 @@ PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
   return {v.val[0], v.val[1]};
 }
 #endif
+PIVRA_INLINE void store_samples(uint8_t *p, Clamped even, Clamped odd) {
+  Bytes b = join(even, odd);
+  vst1q_u8(p, vcombine_u8(b.low, b.high));
+}
 PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return {vdup_n_u8(k), vdup_n_u8(k)}; }
 
 // Doubled with saturation the clamped value fills 16 bits, and shift-right-insert

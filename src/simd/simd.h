@@ -30,10 +30,18 @@
 //   add_half<which>(i, c)     i plus the floor of half of one of them
 //   add_saturated(i, j)       the sum saturated to 16 bits
 //
+// Samples that are added as they are:
+//
+//   split(s)                  Samples as Pair<Narrow>
+//   sum(n, m)                 of two Narrow
+//   widened<k>(n)             n << k
+//
 // Results x leave as lanes of 128 x, seven bits of fraction, whose floor is then
 // clamped to 0..255:
 //
 //   clamp(i), join(even, odd) bytes of both halves: Clamped, and from two of them Bytes
+//   clamp<k>(i)               with k bits of fraction instead
+//   store_samples(p, even, odd)  both halves: what load_samples loads
 //   store_interleaved3/4      byte triples or quadruples
 //   clamp_565(a, b, c)        5-6-5 words with a in the top bits: Words565
 //   store_565(p, even, odd)   both halves' words
@@ -44,6 +52,12 @@
 //   load_pairs(p)             2 kBlock bytes: Pair<Whole>
 //   store_pairs(p, even, odd) the same back
 //   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
+//   select(mask, a, b)        bytes of a where the mask is all ones, of b where it is zero
+//
+// and, where registers hold a table of 256 bytes (PIVRA_TABLES_IN_REGISTERS):
+//
+//   load_table(p)             Table
+//   look_up(t, w)             entry n for each byte n
 //
 // Units of 1, 2 or 4 bytes that change places. A row gives kLane bytes to a register;
 // each lane of a Whole is of another row.

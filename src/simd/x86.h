@@ -136,6 +136,15 @@ PIVRA_INLINE Whole exchange_neighbours(Whole w) { return (U8)((U16)w << 8 | (U16
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return load_widened(p); }
 PIVRA_INLINE Twos load_twos(const uint8_t *p) { return load(p); }
 
+PIVRA_INLINE Whole select(Whole mask, Whole a, Whole b) { return (a & mask) | (b & ~mask); }
+
+PIVRA_INLINE Pair<Narrow> split(Samples s) { return {low_bytes(s), high_bytes(s)}; }
+PIVRA_INLINE I16 sum(Narrow n, Narrow m) { return n + m; }
+template <int k>
+PIVRA_INLINE I16 widened(Narrow n) {
+  return n << k;
+}
+
 template <int kY>
 PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
   Pair<U8> v = load_pairs(p);
@@ -210,8 +219,15 @@ PIVRA_INLINE Pair<I16> scale(Samples s) {
 }
 
 // In each 128-bit lane the bytes of eight even positions, then those between them.
-PIVRA_INLINE Clamped clamp(I16 i) { return i >> 7; }
+template <int kFraction = 7>
+PIVRA_INLINE Clamped clamp(I16 i) {
+  return i >> kFraction;
+}
 PIVRA_INLINE Bytes join(Clamped even, Clamped odd) { return pack_unsigned(even, odd); }
+PIVRA_INLINE void store_samples(uint8_t *p, Clamped even, Clamped odd) {
+  const U8 v = join(even, odd);
+  store(p, unpack_low8(v, shift_down<8>(v)));
+}
 
 PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
   const U16 top = (U16)at_least_zero(a), middle = (U16)at_least_zero(b);

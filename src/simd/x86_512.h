@@ -11,6 +11,12 @@ PIVRA_INLINE I16 load_widened(const uint8_t *p) {
   return (I16)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i *)p));
 }
 
+// Within 128-bit lanes.
+template <int bytes>
+PIVRA_INLINE U8 shift_down(U8 v) {
+  return (U8)_mm512_bsrli_epi128((__m512i)v, bytes);
+}
+
 // Where each byte of a result comes from: 0-63 the first register, 64-127 the second.
 struct alignas(64) Order {
   uint8_t from[64];
@@ -181,6 +187,21 @@ constexpr Order kTriplesTogether = make_order([](int i) { return i < 48 ? i / 3 
 PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
   const U8 bytes = permute(v, kTriplesTogether);
   memcpy(p, &bytes, 48);
+}
+
+// Four registers of entries; an index picks of two at once, and its top bit which two.
+#define PIVRA_TABLES_IN_REGISTERS 1
+struct Table {
+  U8 v[4];
+};
+PIVRA_INLINE Table load_table(const uint8_t *p) {
+  return {{load(p), load(p + 64), load(p + 128), load(p + 192)}};
+}
+PIVRA_INLINE U8 look_up(Table t, U8 index) {
+  const __m512i i = (__m512i)index;
+  const __m512i low = _mm512_permutex2var_epi8((__m512i)t.v[0], i, (__m512i)t.v[1]);
+  const __m512i high = _mm512_permutex2var_epi8((__m512i)t.v[2], i, (__m512i)t.v[3]);
+  return (U8)_mm512_mask_mov_epi8(low, _mm512_movepi8_mask(i), high);
 }
 
 }  // namespace pivra::PIVRA_LEVEL
