@@ -26,28 +26,41 @@ void look_up_each(const uint8_t *table, const uint8_t *src, ptrdiff_t count, uin
 
 #if PIVRA_VECTORS
 
-PIVRA_INLINE Pair<Narrow> samples_at(const uint8_t *p) { return split(load_samples(p)); }
+// A sum of bytes without its carries, and the carries, which count twice.
+struct Sum {
+  Whole digits, carries;
+};
+PIVRA_INLINE Sum sum(Whole a, Whole b, Whole c) { return {parity(a, b, c), majority(a, b, c)}; }
 
-// Every other sample of a block, given four neighbours beside it and eight around those.
-PIVRA_INLINE Clamped sharpened(Narrow sample, I16 beside, I16 around) {
-  return clamp<4>(widened<5>(sample) - beside - beside - around);
-}
+// The rows around a sample, each at the first of its neighbours in that row.
+struct Rows {
+  const uint8_t *above2, *above, *row, *below, *below2;
+};
 
-// Samples at even positions have those at odd positions of one load as neighbours,
-// and the other way round.
-PIVRA_INLINE void sharpen_block(const uint8_t *p, ptrdiff_t stride, uint8_t *dst) {
-  const uint8_t *up = p - stride, *down = p + stride;
-  Pair<Narrow> a = samples_at(up - 1), b = samples_at(down - 1);
-  const I16 even0 = sum(a.even, b.even), odd0 = sum(a.odd, b.odd);
-  Pair<Narrow> c = samples_at(up + 1), d = samples_at(down + 1);
-  const I16 even1 = sum(c.even, d.even), odd1 = sum(c.odd, d.odd);
-  Pair<Narrow> above = samples_at(up - stride), below = samples_at(down + stride);
-  Pair<Narrow> left = samples_at(p - 2), mid = samples_at(p), right = samples_at(p + 2);
-
-  const I16 around_even = even0 + even1 + sum(above.even, below.even) + sum(left.even, right.even);
-  const I16 around_odd = odd0 + odd1 + sum(above.odd, below.odd) + sum(left.odd, right.odd);
-  store_samples(dst, sharpened(mid.even, odd0 + sum(left.odd, mid.odd), around_even),
-                sharpened(mid.odd, even1 + sum(mid.even, right.even), around_odd));
+// 16 P less the weighed sum, shifted down by 4, is P less a sixteenth of the sum
+// rounded up, and rounding halves up again and again is rounding up in the end: it
+// all stays in bytes, once carry-save adders have left few of them.
+PIVRA_INLINE Whole sharpened(Rows &at) {
+  Whole far_above = load_and_step(at.above2, kBlock);
+  Whole far_left = load_and_step(at.row, 1), left = load_and_step(at.row, 1);
+  Whole sample = load_and_step(at.row, 1);
+  Whole right = load_and_step(at.row, 1), far_right = load_and_step(at.row, kBlock - 4);
+  Sum far = sum(far_left, far_right, far_above);
+  Whole above_left = load_and_step(at.above, 1), above = load_and_step(at.above, 1);
+  Whole above_right = load_and_step(at.above, kBlock - 2);
+  Whole below_left = load_and_step(at.below, 1), below = load_and_step(at.below, 1);
+  Whole below_right = load_and_step(at.below, kBlock - 2);
+  Sum diagonal = sum(above_left, above_right, below_left);
+  Sum ones = sum(far.digits, diagonal.digits, below_right);
+  Sum beside = sum(left, right, above);
+  Sum others = sum(below, far.carries, diagonal.carries);
+  Sum twos = sum(beside.digits, others.digits, ones.carries);
+  Sum fours = sum(beside.carries, others.carries, twos.carries);
+  Whole mean1 = mean(ones.digits, load_and_step(at.below2, kBlock));
+  Whole mean4 = mean(mean(mean1, twos.digits), fours.digits);
+  Whole mean16 = mean(mean4, fours.carries);
+  return subtract_saturated(add_saturated(sample, subtract_saturated(sample, mean16)),
+                            subtract_saturated(mean16, sample));
 }
 
 #endif
@@ -64,9 +77,14 @@ PIVRA_INLINE uint8_t sharpened(const uint8_t *p, ptrdiff_t stride) {
 void sharpen(const uint8_t *src, ptrdiff_t stride, ptrdiff_t count, uint8_t *dst) {
 #if PIVRA_VECTORS
   if (count >= kBlock) {
-    for (ptrdiff_t x = 0; x < count - kBlock; x += kBlock) sharpen_block(src + x, stride, dst + x);
+    const auto rows_at = [=](ptrdiff_t x) {
+      const uint8_t *p = src + x;
+      return Rows{p - 2 * stride, p - stride - 1, p - 2, p + stride - 1, p + 2 * stride};
+    };
     const ptrdiff_t end = count - kBlock;
-    sharpen_block(src + end, stride, dst + end);
+    Rows at = rows_at(0), last = rows_at(end);
+    for (ptrdiff_t x = 0; x < end; x += kBlock) store_bytes(dst + x, sharpened(at));
+    store_bytes(dst + end, sharpened(last));
     return;
   }
 #endif

@@ -52,14 +52,29 @@ PIVRA_INLINE void store_pairs(uint8_t *p, Whole even, Whole odd) {
   vst2q_u8(p, uint8x16x2_t{{even, odd}});
 }
 PIVRA_INLINE Whole exchange_neighbours(Whole w) { return vrev16q_u8(w); }
-PIVRA_INLINE Whole select(Whole mask, Whole a, Whole b) { return vbslq_u8(mask, a, b); }
-
-PIVRA_INLINE Pair<Narrow> split(Samples s) { return s; }
-PIVRA_INLINE I16 sum(Narrow n, Narrow m) { return vreinterpretq_s16_u16(vaddl_u8(n, m)); }
-template <int k>
-PIVRA_INLINE I16 widened(Narrow n) {
-  return vreinterpretq_s16_u16(vshll_n_u8(n, k));
+#if defined(__arm__)
+// GCC steps by the size of a register only.
+PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
+  Whole w;
+  const uint8_t *from = p;
+  asm("vld1.8 {%e[w], %f[w]}, [%[p]], %[step]"
+      : [w] "=w"(w), [p] "+r"(p)
+      : [step] "r"(step), "m"(*(const uint8_t(*)[kBlock])from));
+  return w;
 }
+#else
+PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
+  const Whole w = vld1q_u8(p);
+  p += step;
+  return w;
+}
+#endif
+PIVRA_INLINE Whole select(Whole mask, Whole a, Whole b) { return vbslq_u8(mask, a, b); }
+PIVRA_INLINE Whole parity(Whole a, Whole b, Whole c) { return veorq_u8(veorq_u8(a, b), c); }
+PIVRA_INLINE Whole majority(Whole a, Whole b, Whole c) { return vbslq_u8(veorq_u8(a, b), c, a); }
+PIVRA_INLINE Whole mean(Whole a, Whole b) { return vrhaddq_u8(a, b); }
+PIVRA_INLINE Whole add_saturated(Whole a, Whole b) { return vqaddq_u8(a, b); }
+PIVRA_INLINE Whole subtract_saturated(Whole a, Whole b) { return vqsubq_u8(a, b); }
 
 #if defined(__aarch64__)
 // An index beyond a quarter of the table leaves what the other quarters gave.
@@ -118,10 +133,7 @@ PIVRA_INLINE Pair<I16> scale(Samples s) {
 PIVRA_INLINE I16 add_saturated(I16 a, I16 b) { return vqaddq_s16(a, b); }
 
 typedef uint8x8_t Clamped;
-template <int kFraction = 7>
-PIVRA_INLINE Clamped clamp(I16 i) {
-  return vqshrun_n_s16(i, kFraction);
-}
+PIVRA_INLINE Clamped clamp(I16 i) { return vqshrun_n_s16(i, 7); }
 
 #if defined(__arm__) && !defined(__clang__)
 // The intrinsic costs GCC a zip for each of the two results.
@@ -135,10 +147,6 @@ PIVRA_INLINE Bytes join(Clamped even, Clamped odd) {
   return {v.val[0], v.val[1]};
 }
 #endif
-PIVRA_INLINE void store_samples(uint8_t *p, Clamped even, Clamped odd) {
-  Bytes b = join(even, odd);
-  vst1q_u8(p, vcombine_u8(b.low, b.high));
-}
 PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return {vdup_n_u8(k), vdup_n_u8(k)}; }
 
 // Doubled with saturation the clamped value fills 16 bits, and shift-right-insert

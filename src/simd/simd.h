@@ -30,18 +30,10 @@
 //   add_half<which>(i, c)     i plus the floor of half of one of them
 //   add_saturated(i, j)       the sum saturated to 16 bits
 //
-// Samples that are added as they are:
-//
-//   split(s)                  Samples as Pair<Narrow>
-//   sum(n, m)                 of two Narrow
-//   widened<k>(n)             n << k
-//
 // Results x leave as lanes of 128 x, seven bits of fraction, whose floor is then
 // clamped to 0..255:
 //
 //   clamp(i), join(even, odd) bytes of both halves: Clamped, and from two of them Bytes
-//   clamp<k>(i)               with k bits of fraction instead
-//   store_samples(p, even, odd)  both halves: what load_samples loads
 //   store_interleaved3/4      byte triples or quadruples
 //   clamp_565(a, b, c)        5-6-5 words with a in the top bits: Words565
 //   store_565(p, even, odd)   both halves' words
@@ -52,7 +44,14 @@
 //   load_pairs(p)             2 kBlock bytes: Pair<Whole>
 //   store_pairs(p, even, odd) the same back
 //   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
-//   select(mask, a, b)        bytes of a where the mask is all ones, of b where it is zero
+//   select(mask, a, b)        bits of a where those of the mask are set, of b where not
+//
+// and bytes that are computed with as bytes:
+//
+//   load_and_step(p, step)    load_bytes(p), and p goes on by `step`
+//   parity(a, b, c), majority(a, b, c)  of three bits each: their sum's two digits
+//   mean(a, b)                rounded up
+//   add_saturated(a, b), subtract_saturated(a, b)  to 0..255
 //
 // and, where registers hold a table of 256 bytes (PIVRA_TABLES_IN_REGISTERS):
 //

@@ -68,6 +68,9 @@ PIVRA_OPERATION(I16, pack_words, I32, packs_epi32)
 PIVRA_OPERATION(I32, multiply_add, I16, madd_epi16)
 PIVRA_OPERATION(I16, larger, I16, max_epi16)
 PIVRA_OPERATION(I16, add_saturated, I16, adds_epi16)
+PIVRA_OPERATION(U8, mean, U8, avg_epu8)
+PIVRA_OPERATION(U8, add_saturated, U8, adds_epu8)
+PIVRA_OPERATION(U8, subtract_saturated, U8, subs_epu8)
 #if defined(__SSSE3__)
 PIVRA_OPERATION(I16, multiply_add_bytes, U8, maddubs_epi16)
 #endif
@@ -132,18 +135,14 @@ PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return U8{} + k; }
 PIVRA_INLINE Samples load_samples(const uint8_t *p) { return load(p); }
 PIVRA_INLINE Whole load_bytes(const uint8_t *p) { return load(p); }
 PIVRA_INLINE void store_bytes(uint8_t *p, Whole w) { store(p, w); }
+PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
+  const Whole w = load(p);
+  p += step;
+  return w;
+}
 PIVRA_INLINE Whole exchange_neighbours(Whole w) { return (U8)((U16)w << 8 | (U16)w >> 8); }
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return load_widened(p); }
 PIVRA_INLINE Twos load_twos(const uint8_t *p) { return load(p); }
-
-PIVRA_INLINE Whole select(Whole mask, Whole a, Whole b) { return (a & mask) | (b & ~mask); }
-
-PIVRA_INLINE Pair<Narrow> split(Samples s) { return {low_bytes(s), high_bytes(s)}; }
-PIVRA_INLINE I16 sum(Narrow n, Narrow m) { return n + m; }
-template <int k>
-PIVRA_INLINE I16 widened(Narrow n) {
-  return n << k;
-}
 
 template <int kY>
 PIVRA_INLINE Packed422 load_packed422(const uint8_t *p) {
@@ -219,15 +218,8 @@ PIVRA_INLINE Pair<I16> scale(Samples s) {
 }
 
 // In each 128-bit lane the bytes of eight even positions, then those between them.
-template <int kFraction = 7>
-PIVRA_INLINE Clamped clamp(I16 i) {
-  return i >> kFraction;
-}
+PIVRA_INLINE Clamped clamp(I16 i) { return i >> 7; }
 PIVRA_INLINE Bytes join(Clamped even, Clamped odd) { return pack_unsigned(even, odd); }
-PIVRA_INLINE void store_samples(uint8_t *p, Clamped even, Clamped odd) {
-  const U8 v = join(even, odd);
-  store(p, unpack_low8(v, shift_down<8>(v)));
-}
 
 PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
   const U16 top = (U16)at_least_zero(a), middle = (U16)at_least_zero(b);

@@ -11,11 +11,14 @@ PIVRA_INLINE I16 load_widened(const uint8_t *p) {
   return (I16)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i *)p));
 }
 
-// Within 128-bit lanes.
-template <int bytes>
-PIVRA_INLINE U8 shift_down(U8 v) {
-  return (U8)_mm512_bsrli_epi128((__m512i)v, bytes);
+// Three bits give a position in the truth table.
+template <int truth>
+PIVRA_INLINE U8 bitwise(U8 a, U8 b, U8 c) {
+  return (U8)_mm512_ternarylogic_epi64((__m512i)a, (__m512i)b, (__m512i)c, truth);
 }
+PIVRA_INLINE U8 select(U8 mask, U8 a, U8 b) { return bitwise<0xCA>(mask, a, b); }
+PIVRA_INLINE U8 parity(U8 a, U8 b, U8 c) { return bitwise<0x96>(a, b, c); }
+PIVRA_INLINE U8 majority(U8 a, U8 b, U8 c) { return bitwise<0xE8>(a, b, c); }
 
 // Where each byte of a result comes from: 0-63 the first register, 64-127 the second.
 struct alignas(64) Order {

@@ -7,6 +7,10 @@
 
 namespace pivra::PIVRA_LEVEL {
 
+PIVRA_INLINE U8 select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
+PIVRA_INLINE U8 parity(U8 a, U8 b, U8 c) { return a ^ b ^ c; }
+PIVRA_INLINE U8 majority(U8 a, U8 b, U8 c) { return (a & b) | ((a ^ b) & c); }
+
 // Words packed from these two vectors are in memory order.
 PIVRA_INLINE Pair<U8> load_pairs(const uint8_t *p) {
   U8 a, b;
