@@ -404,6 +404,48 @@ PIVRA_INLINE void copy_mirrored(const uint8_t *src, uint8_t *dst) {
   }
 }
 
+#if defined(__arm__) && !defined(__clang__)
+// As much as goes 64 bytes at a time, half of the registers or a quarter of them at
+// once, between words: these instructions need the alignment.
+template <int unit>
+PIVRA_INLINE uint8_t *copy_mirrored_far(const uint8_t *&src, uint8_t *dst_end, ptrdiff_t bytes) {
+  const auto address = reinterpret_cast<uintptr_t>(src) | reinterpret_cast<uintptr_t>(dst_end);
+  if (unit == 3 || address % 4 != 0) return dst_end;
+#define PIVRA_REVERSE(to, from) "vrev64.%c[bits] " #to ", " #from "\n\t"
+#define PIVRA_REVERSE_FOUR(a, b, c, d, w, x, y, z) \
+  PIVRA_REVERSE(a, z) PIVRA_REVERSE(b, y) PIVRA_REVERSE(c, x) PIVRA_REVERSE(d, w)
+  if (bytes & 64)
+    asm volatile(
+        "vldmia %[src]!, {d0-d7}\n\t" PIVRA_REVERSE_FOUR(d16, d17, d18, d19, d4, d5, d6, d7)
+            PIVRA_REVERSE_FOUR(d20, d21, d22, d23, d0, d1, d2, d3) "vstmdb %[dst]!, {d16-d23}"
+        : [src] "+r"(src), [dst] "+r"(dst_end)
+        : [bits] "i"(8 * unit)
+        : "q0", "q1", "q2", "q3", "q8", "q9", "q10", "q11", "memory");
+  if (ptrdiff_t count = bytes >> 7)
+    asm volatile(
+        "1: vldmia %[src]!, {d0-d15}\n\t"
+        "subs %[count], %[count], #1\n\t"
+        PIVRA_REVERSE_FOUR(d16, d17, d18, d19, d12, d13, d14, d15)
+        PIVRA_REVERSE_FOUR(d20, d21, d22, d23, d8, d9, d10, d11)
+        PIVRA_REVERSE_FOUR(d24, d25, d26, d27, d4, d5, d6, d7)
+        PIVRA_REVERSE_FOUR(d28, d29, d30, d31, d0, d1, d2, d3)
+        "vstmdb %[dst]!, {d16-d31}\n\t"
+        "bne 1b"
+        : [src] "+r"(src), [dst] "+r"(dst_end), [count] "+r"(count)
+        : [bits] "i"(8 * unit)
+        : "q0", "q1", "q2", "q3", "q4", "q5", "q6", "q7", "q8", "q9", "q10", "q11", "q12", "q13",
+          "q14", "q15", "memory", "cc");
+#undef PIVRA_REVERSE_FOUR
+#undef PIVRA_REVERSE
+  return dst_end;
+}
+#else
+template <int unit>
+PIVRA_INLINE uint8_t *copy_mirrored_far(const uint8_t *&, uint8_t *dst_end, ptrdiff_t) {
+  return dst_end;
+}
+#endif
+
 template <int first>
 PIVRA_INLINE Whole move_apart(Whole w) {
   constexpr uint8_t s = first;

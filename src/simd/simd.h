@@ -69,6 +69,8 @@
 //   reverse<unit>(w)          the last unit first
 //   copy_mirrored<unit>(p, q) kMirrored<unit> bytes from p to q, the last unit first;
 //                             here the unit may be 3
+//   copy_mirrored_far<unit>(p, end, n)  as much of n bytes as goes faster than so to
+//                             before `end`; moves p on and returns the new end
 //   move_apart<first>(w)      3-byte units of each lane, from byte `first` on, to 4 bytes
 //   store_triples(p, w)       the first 3 bytes of every 4, which is 3/4 kBlock bytes
 //

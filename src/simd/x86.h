@@ -356,6 +356,11 @@ PIVRA_INLINE void copy_mirrored(const uint8_t *src, uint8_t *dst) {
   }
 }
 
+template <int unit>
+PIVRA_INLINE uint8_t *copy_mirrored_far(const uint8_t *&, uint8_t *dst_end, ptrdiff_t) {
+  return dst_end;
+}
+
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   store_halves(p, q, in_turn32(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));
 }

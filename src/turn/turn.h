@@ -1,9 +1,9 @@
 // Quarter turns, half turns and mirrors of planes and of blocks of them, in units of
 // 1 to 4 bytes that move as they are.
 //
-// Every turn is one of three moves with the rows of one side taken from the last to
-// the first. The moves are those of one instruction-set level; the geometry is
-// told here, once.
+// Every turn is a transposition, a mirror or a copy with the rows of one side taken
+// from the last to the first. The moves are those of one instruction-set level; the
+// geometry is told here, once.
 #ifndef PIVRA_TURN_TURN_H
 #define PIVRA_TURN_TURN_H
 
@@ -12,6 +12,7 @@
 
 #include "core/levels.h"
 #include "pivra.h"
+#include "simd/copy.h"
 
 namespace pivra {
 
@@ -25,7 +26,6 @@ typedef void TurnMove(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptr
 struct Turns {
   TurnMove *transpose[4];  // unit x of row y becomes unit y of row x
   TurnMove *mirror[4];     // unit x of row y becomes unit width - 1 - x of row y
-  TurnMove *copy[4];       // unit x of row y stays there
 };
 
 PIVRA_TABLES(Turns, turns)
@@ -38,9 +38,6 @@ template <int code, int unit>
 static inline void turn(const Turns &level, const uint8_t *src, ptrdiff_t width, ptrdiff_t height,
                         ptrdiff_t src_stride, ptrdiff_t dst_stride, uint8_t *dst) {
   if (width <= 0 || height <= 0) return;
-  const auto move = (is_quarter_turn(code)                             ? level.transpose
-                     : code == PIVRA_ROT_180 || code == PIVRA_ROT_HORI ? level.mirror
-                                                                       : level.copy)[unit - 1];
   if (code == PIVRA_ROT_90R) {  // the last row first
     src += (height - 1) * src_stride;
     src_stride = -src_stride;
@@ -49,7 +46,14 @@ static inline void turn(const Turns &level, const uint8_t *src, ptrdiff_t width,
     dst += ((code == PIVRA_ROT_90L ? width : height) - 1) * dst_stride;
     dst_stride = -dst_stride;
   }
-  move(src, width, height, src_stride, dst_stride, dst);
+  if (is_quarter_turn(code)) {
+    level.transpose[unit - 1](src, width, height, src_stride, dst_stride, dst);
+  } else if (code == PIVRA_ROT_180 || code == PIVRA_ROT_HORI) {
+    level.mirror[unit - 1](src, width, height, src_stride, dst_stride, dst);
+  } else {
+    for (; height > 0; --height, src += src_stride, dst += dst_stride)
+      copy_bytes(src, static_cast<size_t>(width * unit), dst);
+  }
 }
 
 // A rectangle of units: its first column and row, and its size.

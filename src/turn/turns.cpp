@@ -133,6 +133,19 @@ PIVRA_INLINE bool in_blocks(const uint8_t *src, ptrdiff_t width, ptrdiff_t heigh
   return true;
 }
 
+// --- Rows that are mirrored in registers ---
+
+// Of at least kMirrored<unit> bytes.
+template <int unit>
+PIVRA_INLINE void mirror_row(const uint8_t *src, ptrdiff_t bytes, uint8_t *dst) {
+  constexpr ptrdiff_t kStep = kMirrored<unit>;
+  const uint8_t *from = src;
+  uint8_t *to = copy_mirrored_far<unit>(from, dst + bytes, bytes);
+#pragma GCC unroll 4
+  for (; to - dst >= kStep; from += kStep) copy_mirrored<unit>(from, to -= kStep);
+  if (to > dst) copy_mirrored<unit>(src + bytes - kStep, dst);
+}
+
 #endif
 
 template <int unit>
@@ -150,25 +163,13 @@ template <int unit>
 void mirror(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
             ptrdiff_t dst_stride, uint8_t *dst) {
 #if PIVRA_VECTORS
-  constexpr ptrdiff_t kStep = kMirrored<unit>;
-  const ptrdiff_t last = width * unit - kStep;
-  if (last >= 0) {
+  if (width * unit >= kMirrored<unit>) {
     for (; height > 0; --height, src += src_stride, dst += dst_stride)
-      for (ptrdiff_t at = 0; at < last + kStep; at += kStep) {
-        const ptrdiff_t x = smaller(at, last);
-        copy_mirrored<unit>(src + x, dst + last - x);
-      }
+      mirror_row<unit>(src, width * unit, dst);
     return;
   }
 #endif
   mirror_units<unit>(src, width, height, src_stride, dst_stride, dst);
-}
-
-template <int unit>
-void copy(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
-          ptrdiff_t dst_stride, uint8_t *dst) {
-  for (; height > 0; --height, src += src_stride, dst += dst_stride)
-    memcpy(dst, src, static_cast<size_t>(width * unit));
 }
 
 }  // namespace
@@ -177,7 +178,6 @@ extern const Turns turns;
 const Turns turns = {
     .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
     .mirror = {mirror<1>, mirror<2>, mirror<3>, mirror<4>},
-    .copy = {copy<1>, copy<2>, copy<3>, copy<4>},
 };
 
 }  // namespace pivra::PIVRA_LEVEL
