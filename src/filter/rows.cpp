@@ -32,33 +32,35 @@ struct Sum {
 };
 PIVRA_INLINE Sum sum(Whole a, Whole b, Whole c) { return {parity(a, b, c), majority(a, b, c)}; }
 
-// The rows around a sample, each at the first of its neighbours in that row.
+// The rows around a sample, each from the first neighbour on that it has there.
 struct Rows {
   const uint8_t *above2, *above, *row, *below, *below2;
+
+  PIVRA_INLINE Rows(const uint8_t *p, ptrdiff_t stride)
+      : above2(p - 2 * stride),
+        above(p - stride - 1),
+        row(p - 2),
+        below(p + stride - 1),
+        below2(p + 2 * stride) {}
 };
 
 // 16 P less the weighed sum, shifted down by 4, is P less a sixteenth of the sum
 // rounded up, and rounding halves up again and again is rounding up in the end: it
 // all stays in bytes, once carry-save adders have left few of them.
-PIVRA_INLINE Whole sharpened(Rows &at) {
-  Whole far_above = load_and_step(at.above2, kBlock);
-  Whole far_left = load_and_step(at.row, 1), left = load_and_step(at.row, 1);
-  Whole sample = load_and_step(at.row, 1);
-  Whole right = load_and_step(at.row, 1), far_right = load_and_step(at.row, kBlock - 4);
-  Sum far = sum(far_left, far_right, far_above);
-  Whole above_left = load_and_step(at.above, 1), above = load_and_step(at.above, 1);
-  Whole above_right = load_and_step(at.above, kBlock - 2);
-  Whole below_left = load_and_step(at.below, 1), below = load_and_step(at.below, 1);
-  Whole below_right = load_and_step(at.below, kBlock - 2);
-  Sum diagonal = sum(above_left, above_right, below_left);
-  Sum ones = sum(far.digits, diagonal.digits, below_right);
-  Sum beside = sum(left, right, above);
-  Sum others = sum(below, far.carries, diagonal.carries);
+PIVRA_INLINE Whole sharpen_block(Rows &at) {
+  Shifted<1> above2 = load_shifted<1>(at.above2);
+  Shifted<5> row = load_shifted<5>(at.row);
+  Shifted<3> above = load_shifted<3>(at.above), below = load_shifted<3>(at.below);
+  Sum far = sum(row.from[0], row.from[4], above2.from[0]);
+  Sum diagonal = sum(above.from[0], above.from[2], below.from[0]);
+  Sum ones = sum(far.digits, diagonal.digits, below.from[2]);
+  Sum beside = sum(row.from[1], row.from[3], above.from[1]);
+  Sum others = sum(below.from[1], far.carries, diagonal.carries);
   Sum twos = sum(beside.digits, others.digits, ones.carries);
   Sum fours = sum(beside.carries, others.carries, twos.carries);
-  Whole mean1 = mean(ones.digits, load_and_step(at.below2, kBlock));
-  Whole mean4 = mean(mean(mean1, twos.digits), fours.digits);
-  Whole mean16 = mean(mean4, fours.carries);
+  Whole half = mean(ones.digits, load_shifted<1>(at.below2).from[0]);
+  Whole mean16 = mean(mean(mean(half, twos.digits), fours.digits), fours.carries);
+  Whole sample = row.from[2];
   return subtract_saturated(add_saturated(sample, subtract_saturated(sample, mean16)),
                             subtract_saturated(mean16, sample));
 }
@@ -77,14 +79,10 @@ PIVRA_INLINE uint8_t sharpened(const uint8_t *p, ptrdiff_t stride) {
 void sharpen(const uint8_t *src, ptrdiff_t stride, ptrdiff_t count, uint8_t *dst) {
 #if PIVRA_VECTORS
   if (count >= kBlock) {
-    const auto rows_at = [=](ptrdiff_t x) {
-      const uint8_t *p = src + x;
-      return Rows{p - 2 * stride, p - stride - 1, p - 2, p + stride - 1, p + 2 * stride};
-    };
     const ptrdiff_t end = count - kBlock;
-    Rows at = rows_at(0), last = rows_at(end);
-    for (ptrdiff_t x = 0; x < end; x += kBlock) store_bytes(dst + x, sharpened(at));
-    store_bytes(dst + end, sharpened(last));
+    Rows at(src, stride), last(src + end, stride);
+    for (ptrdiff_t x = 0; x < end; x += kBlock) store_bytes(dst + x, sharpen_block(at));
+    store_bytes(dst + end, sharpen_block(last));
     return;
   }
 #endif

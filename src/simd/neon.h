@@ -12,6 +12,10 @@ typedef int16x8_t I16;
 typedef uint8x8_t Narrow;
 
 typedef uint8x16_t Whole;
+template <int n>
+struct Shifted {
+  Whole from[n];
+};
 
 typedef Pair<Narrow> Samples;
 struct Twos {
@@ -53,7 +57,7 @@ PIVRA_INLINE void store_pairs(uint8_t *p, Whole even, Whole odd) {
 }
 PIVRA_INLINE Whole exchange_neighbours(Whole w) { return vrev16q_u8(w); }
 #if defined(__arm__)
-// GCC steps by the size of a register only.
+// GCC knows steps by the size of a register only.
 PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
   Whole w;
   const uint8_t *from = p;
@@ -69,6 +73,12 @@ PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
   return w;
 }
 #endif
+template <int n>
+PIVRA_INLINE Shifted<n> load_shifted(const uint8_t *&p) {
+  Shifted<n> s;
+  for (int k = 0; k < n; ++k) s.from[k] = load_and_step(p, k + 1 < n ? 1 : kBlock - k);
+  return s;
+}
 PIVRA_INLINE Whole select(Whole mask, Whole a, Whole b) { return vbslq_u8(mask, a, b); }
 PIVRA_INLINE Whole parity(Whole a, Whole b, Whole c) { return veorq_u8(veorq_u8(a, b), c); }
 PIVRA_INLINE Whole majority(Whole a, Whole b, Whole c) { return vbslq_u8(veorq_u8(a, b), c, a); }

@@ -44,11 +44,11 @@
 //   load_pairs(p)             2 kBlock bytes: Pair<Whole>
 //   store_pairs(p, even, odd) the same back
 //   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
+//   load_shifted<1, 3 or 5>(p)  Whole from p, p + 1, ... on; p goes on by kBlock
 //   select(mask, a, b)        bits of a where those of the mask are set, of b where not
 //
 // and bytes that are computed with as bytes:
 //
-//   load_and_step(p, step)    load_bytes(p), and p goes on by `step`
 //   parity(a, b, c), majority(a, b, c)  of three bits each: their sum's two digits
 //   mean(a, b)                rounded up
 //   add_saturated(a, b), subtract_saturated(a, b)  to 0..255

@@ -46,6 +46,10 @@ typedef I16 Narrow;  // widened as it is loaded
 typedef U8 Twos;     // side by side
 typedef U8 Bytes;
 typedef U8 Whole;
+template <int n>
+struct Shifted {
+  Whole from[n];
+};
 
 struct Packed422 {
   Samples luma;
@@ -135,11 +139,6 @@ PIVRA_INLINE Bytes splat_bytes(uint8_t k) { return U8{} + k; }
 PIVRA_INLINE Samples load_samples(const uint8_t *p) { return load(p); }
 PIVRA_INLINE Whole load_bytes(const uint8_t *p) { return load(p); }
 PIVRA_INLINE void store_bytes(uint8_t *p, Whole w) { store(p, w); }
-PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
-  const Whole w = load(p);
-  p += step;
-  return w;
-}
 PIVRA_INLINE Whole exchange_neighbours(Whole w) { return (U8)((U16)w << 8 | (U16)w >> 8); }
 PIVRA_INLINE Narrow load_narrow(const uint8_t *p) { return load_widened(p); }
 PIVRA_INLINE Twos load_twos(const uint8_t *p) { return load(p); }

@@ -7,6 +7,14 @@
 
 namespace pivra::PIVRA_LEVEL {
 
+template <int n>
+PIVRA_INLINE Shifted<n> load_shifted(const uint8_t *&p) {
+  Shifted<n> s;
+  for (int k = 0; k < n; ++k) s.from[k] = load(p + k);
+  p += kBlock;
+  return s;
+}
+
 PIVRA_INLINE U8 select(U8 mask, U8 a, U8 b) { return (a & mask) | (b & ~mask); }
 PIVRA_INLINE U8 parity(U8 a, U8 b, U8 c) { return a ^ b ^ c; }
 PIVRA_INLINE U8 majority(U8 a, U8 b, U8 c) { return (a & b) | ((a ^ b) & c); }
