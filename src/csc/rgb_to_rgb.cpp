@@ -2,7 +2,7 @@
 // level.
 #include "csc/rgb_to_rgb.h"
 
-#include "simd/simd.h"
+#include "csc/blocks.h"
 
 namespace pivra::PIVRA_LEVEL {
 namespace {
@@ -53,26 +53,41 @@ constexpr ptrdiff_t whole_pixels(ptrdiff_t stride, int bytes) {
   return bytes == 3 ? stride : stride & -ptrdiff_t{bytes};
 }
 
-// The last block overlaps the one before it where the row is no multiple of one.
+// The row being converted, at the pixels that are next.
 template <class Rule>
-PIVRA_INLINE void convert_row(const uint8_t *in, uint8_t *out, ptrdiff_t columns) {
-  ptrdiff_t x = 0;
+struct Row {
+  const uint8_t *in;
+  uint8_t *out;
+
+  PIVRA_INLINE void advance(ptrdiff_t pixels) {
+    in += pixels * Rule::kFrom;
+    out += pixels * Rule::kTo;
+  }
+
 #if PIVRA_VECTORS
-  if (columns >= kBlock)
-    for (; x < columns; x += kBlock) {
-      if (x > columns - kBlock) x = columns - kBlock;
-      Rule::block(in + x * Rule::kFrom, out + x * Rule::kTo);
-    }
+  PIVRA_INLINE void block() {
+    Rule::block(in, out);
+    advance(kBlock);
+  }
 #endif
-  for (; x < columns; ++x) Rule::pixel(in + x * Rule::kFrom, out + x * Rule::kTo);
+};
+
+template <class Rule>
+PIVRA_INLINE void convert_row(Row<Rule> row, ptrdiff_t columns) {
+#if PIVRA_VECTORS
+  columns -= convert_blocks(row, columns);
+#endif
+  for (ptrdiff_t x = 0; x < columns; ++x)
+    Rule::pixel(row.in + x * Rule::kFrom, row.out + x * Rule::kTo);
 }
 
 template <class Rule>
 void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *src_stride,
              int32_t *dst_stride, uint8_t **dst) {
   for (ptrdiff_t y = 0; y < height[0]; ++y)
-    convert_row<Rule>(src[0] + y * whole_pixels(src_stride[0], Rule::kFrom),
-                      dst[0] + y * whole_pixels(dst_stride[0], Rule::kTo), width[0]);
+    convert_row(Row<Rule>{src[0] + y * whole_pixels(src_stride[0], Rule::kFrom),
+                          dst[0] + y * whole_pixels(dst_stride[0], Rule::kTo)},
+                width[0]);
 }
 
 }  // namespace

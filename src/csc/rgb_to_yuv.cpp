@@ -1,6 +1,7 @@
 // RGB to YUV: source x target. Compiled once per instruction-set level.
 #include "csc/rgb_to_yuv.h"
 
+#include "csc/blocks.h"
 #include "csc/rgb_walk.h"
 #include "csc/yuv_targets.h"
 
@@ -9,52 +10,43 @@ namespace {
 
 enum class Part { kLuma, kChroma, kBoth };
 
+// The row being converted, at the pixels that are next.
 template <class Source, class Target, Part kPart>
-PIVRA_INLINE void advance(const uint8_t *&in, YuvRow &out, ptrdiff_t pixels) {
-  in += pixels * Source::kBytes;
-  if constexpr (kPart != Part::kChroma) out.luma += pixels;
-  for (int plane = 0; plane < Target::kPlanes && kPart != Part::kLuma; ++plane)
-    out.chroma[plane] += pixels * Target::kSampleBytes / Target::kPixelsPerSample;
-}
+struct RowToYuv {
+  const uint8_t *in;
+  YuvRow out;
+
+  PIVRA_INLINE void advance(ptrdiff_t pixels) {
+    in += pixels * Source::kBytes;
+    if constexpr (kPart != Part::kChroma) out.luma += pixels;
+    for (int plane = 0; plane < Target::kPlanes && kPart != Part::kLuma; ++plane)
+      out.chroma[plane] += pixels * Target::kSampleBytes / Target::kPixelsPerSample;
+  }
 
 #if PIVRA_VECTORS
-
-// The row's pixels in blocks, to the last whole pair. The last block overlaps the
-// one before it where the row is no multiple of a block. Leaves the pointers
-// behind the pixels done and returns how many those are.
-template <class Source, class Target, Part kPart>
-PIVRA_INLINE ptrdiff_t convert_blocks(const uint8_t *&in, YuvRow &out, ptrdiff_t columns) {
-  const ptrdiff_t pairs = columns & ~ptrdiff_t{1};
-  if (pairs < kBlock) return 0;
-  ptrdiff_t blocks = pairs / kBlock, rest = pairs % kBlock;
-  for (;;) {
-    do {
-      auto block = Source::load(in);
-      if constexpr (kPart != Part::kChroma)
-        store_top_bytes<typename Source::template Weights<kLuma>>(out.luma, block);
-      if constexpr (kPart != Part::kLuma) Target::template store<Source>(out, block);
-      advance<Source, Target, kPart>(in, out, kBlock);
-    } while (--blocks > 0);
-    if (rest == 0) return pairs;
-    advance<Source, Target, kPart>(in, out, rest - kBlock);
-    blocks = 1;
-    rest = 0;
+  PIVRA_INLINE void block() {
+    auto block = Source::load(in);
+    if constexpr (kPart != Part::kChroma)
+      store_top_bytes<typename Source::template Weights<kLuma>>(out.luma, block);
+    if constexpr (kPart != Part::kLuma) Target::template store<Source>(out, block);
+    advance(kBlock);
   }
-}
-
 #endif
+};
 
 template <class Source, class Target, Part kPart>
 PIVRA_INLINE void convert_row(const uint8_t *in, YuvRow out, ptrdiff_t columns) {
+  RowToYuv<Source, Target, kPart> row = {in, out};
 #if PIVRA_VECTORS
-  columns -= convert_blocks<Source, Target, kPart>(in, out, columns);
+  columns -= convert_blocks(row, columns & ~ptrdiff_t{1});
 #endif
   if constexpr (kPart != Part::kChroma)
     for (ptrdiff_t x = 0; x < columns; ++x)
-      out.luma[x] = Source::template sample<kLuma>(in + x * Source::kBytes);
+      row.out.luma[x] = Source::template sample<kLuma>(row.in + x * Source::kBytes);
   if constexpr (kPart != Part::kLuma)
     for (ptrdiff_t i = 0; i < columns / Target::kPixelsPerSample; ++i)
-      Target::template sample<Source>(out, i, in + i * Target::kPixelsPerSample * Source::kBytes);
+      Target::template sample<Source>(row.out, i,
+                                      row.in + i * Target::kPixelsPerSample * Source::kBytes);
 }
 
 template <class Source>

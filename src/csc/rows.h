@@ -2,6 +2,7 @@
 #ifndef PIVRA_CSC_ROWS_H
 #define PIVRA_CSC_ROWS_H
 
+#include "csc/blocks.h"
 #include "csc/sources.h"
 #include "csc/targets.h"
 
@@ -25,55 +26,43 @@ PIVRA_INLINE void for_each_row(Action action) {
   if constexpr (kRows == 2) action(1);
 }
 
+// The rows being converted, at the pixels that are next.
 template <class Source, class Target, int kRows>
-PIVRA_INLINE void advance(SourceRows<kRows> &in, TargetRows<kRows> &out, int32_t pixels) {
-  advance<Source>(in, pixels);
-  for_each_row<kRows>([&](int row) { out.row[row] += pixels * Target::kBytes; });
-}
+struct RowsToRgb {
+  SourceRows<kRows> in;
+  TargetRows<kRows> out;
 
-#if PIVRA_VECTORS
-
-template <class Target, class Block>
-PIVRA_INLINE uint8_t *convert_block(Block block, Pair<I16> luma, uint8_t *out) {
-  auto even = Target::half(block.even(luma.even));
-  auto odd = Target::half(block.odd(luma.odd));
-  return Target::store(out, even, odd);
-}
-
-// The rows' pixels in blocks, to the last whole pair. The last block overlaps
-// the one before it where the row is no multiple of a block. Leaves the
-// pointers behind the pixels done and returns how many those are.
-template <class Source, class Target, int kRows>
-PIVRA_INLINE int32_t convert_blocks(SourceRows<kRows> &in, TargetRows<kRows> &out,
-                                    int32_t columns) {
-  const int32_t pairs = columns & ~1;
-  if (pairs < kBlock) return 0;
-  int32_t blocks = pairs / kBlock, rest = pairs % kBlock;
-  for (;;) {
-    do {
-      auto block = Source::block(in);
-      out.row[0] = convert_block<Target>(block, block.luma(in, 0), out.row[0]);
-      if constexpr (kRows == 2)
-        out.row[1] = convert_block<Target>(block, block.luma(in, 1), out.row[1]);
-      advance<Source>(in, kBlock);
-    } while (--blocks > 0);
-    if (rest == 0) return pairs;
-    advance<Source, Target>(in, out, rest - kBlock);
-    blocks = 1;
-    rest = 0;
+  PIVRA_INLINE void advance(ptrdiff_t pixels) {
+    pivra::PIVRA_LEVEL::advance<Source>(in, pixels);
+    for_each_row<kRows>([&](int row) { out.row[row] += pixels * Target::kBytes; });
   }
-}
 
+#if PIVRA_VECTORS
+  template <class Block>
+  PIVRA_INLINE void store(Block block, int row) {
+    Pair<I16> luma = block.luma(in, row);
+    auto even = Target::half(block.even(luma.even));
+    auto odd = Target::half(block.odd(luma.odd));
+    out.row[row] = Target::store(out.row[row], even, odd);
+  }
+  PIVRA_INLINE void block() {
+    auto block = Source::block(in);
+    store(block, 0);
+    if constexpr (kRows == 2) store(block, 1);
+    pivra::PIVRA_LEVEL::advance<Source>(in, kBlock);
+  }
 #endif
+};
 
 template <class Source, class Target, int kRows>
-PIVRA_INLINE void convert_rows(SourceRows<kRows> in, TargetRows<kRows> out, int32_t columns) {
+PIVRA_INLINE void convert_rows(SourceRows<kRows> in, TargetRows<kRows> out, ptrdiff_t columns) {
+  RowsToRgb<Source, Target, kRows> rows = {in, out};
 #if PIVRA_VECTORS
-  columns -= convert_blocks<Source, Target>(in, out, columns);
+  columns -= convert_blocks(rows, columns & ~ptrdiff_t{1});
 #endif
   for_each_row<kRows>([&](int row) {
     for (ptrdiff_t x = 0; x < columns; ++x)
-      Target::pixel(out.row[row] + x * Target::kBytes, Source::pixel(in, row, x));
+      Target::pixel(rows.out.row[row] + x * Target::kBytes, Source::pixel(rows.in, row, x));
   });
 }
 

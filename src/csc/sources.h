@@ -20,7 +20,7 @@ struct SourceRows {
 };
 
 template <class Source>
-PIVRA_INLINE void advance(SourceRows<Source::kRowsPerChroma> &rows, int32_t pixels) {
+PIVRA_INLINE void advance(SourceRows<Source::kRowsPerChroma> &rows, ptrdiff_t pixels) {
   for (const uint8_t *&p : rows.luma) p += pixels * Source::kLumaBytes / 2;
   for (int plane = 0; plane < Source::kChromaPlanes; ++plane)
     rows.chroma[plane] += pixels * Source::kChromaBytes / 2;
