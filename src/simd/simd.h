@@ -8,7 +8,7 @@
 // and those at odd positions. A chroma sample serves an even and an odd pixel,
 // so the lanes of a chroma vector match both without being repeated.
 //
-//   I16            kBlock / 2 signed 16-bit lanes; + - << >> compile to vector code
+//   I16            kBlock / 2 signed 16-bit lanes; + - & << >> compile to vector code
 //   Samples        kBlock consecutive bytes
 //   Narrow         kBlock / 2 bytes
 //   Twos           two bytes for each lane, a first and a second one

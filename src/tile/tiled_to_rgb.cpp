@@ -1,9 +1,10 @@
-// Tiled nv12 to RGB: tile by tile, the rows of a tile as rows of nv12. Compiled
-// once per instruction-set level.
+// Tiled layouts to RGB: by the rows of a tile where those are long enough, or by
+// rows put together. Compiled once per instruction-set level.
 #include "tile/tiled_to_rgb.h"
 
 #include "csc/rows.h"
 #include "tile/layout.h"
+#include "tile/t8x8.h"
 
 namespace pivra::PIVRA_LEVEL {
 namespace {
@@ -78,37 +79,59 @@ void convert(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t 
       });
 }
 
-PIVRA_INLINE void append(uint8_t *line, const uint8_t *src, int32_t bytes) {
-  if (bytes == k16x16.width)
-    memcpy(line, src, k16x16.width);
-  else
-    memcpy(line, src, static_cast<size_t>(bytes));
+// Layouts whose tiles are narrower than a block.
+struct T16x16 {
+  static constexpr TileLayout kLuma = k16x16, kChroma = k16x8;
+  using Source = Nv12;
+  static const uint8_t *chroma(uint8_t **src, int32_t, int32_t) { return src[1]; }
+  static ptrdiff_t stride(int32_t, const int32_t *dst_stride) { return dst_stride[0]; }
+};
+
+// Chroma lies behind the luma, and the destination has no padding.
+struct T8x8 {
+  static constexpr TileLayout kLuma = kLumaStrips, kChroma = kChromaStrips;
+  using Source = Nv12Of8x8;
+  static const uint8_t *chroma(uint8_t **src, int32_t width, int32_t height) {
+    return src[0] + tile_offset(kLuma, width, height, 0, (height + 15) & ~15);
+  }
+  static ptrdiff_t stride(int32_t width, const int32_t *) { return ptrdiff_t{width} * 4; }
+};
+
+// So many bytes of a row that begins at `from` in a tile and goes on in those behind it.
+template <TileLayout kLayout>
+PIVRA_INLINE void gather_row(const uint8_t *from, int32_t bytes, uint8_t *row) {
+  for (; bytes >= kLayout.width; bytes -= kLayout.width) {
+    memcpy(row, from, kLayout.width);
+    from += kLayout.slot;
+    row += kLayout.width;
+  }
+  memcpy(row, from, static_cast<size_t>(bytes));
 }
 
-// These tiles are narrower than a block: their rows are put together first, and
-// written as those of linear nv12 are.
-template <class Target>
-void convert_16x16(uint8_t **src, int32_t *width, int32_t *height, int32_t *, int32_t *dst_stride,
-                   uint8_t **dst) {
-  constexpr int32_t kRun = 256;
+// Rows are put together first and then converted like linear ones.
+template <class Layout, class Target>
+void convert_gathered(uint8_t **src, int32_t *width, int32_t *height, int32_t *,
+                      int32_t *dst_stride, uint8_t **dst) {
+  constexpr TileLayout kLuma = Layout::kLuma, kChroma = Layout::kChroma;
+  constexpr int32_t kRun = 1024;
   const int32_t w = width[0], h = height[0];
-  const ptrdiff_t stride = dst_stride[0], row_bytes = ptrdiff_t{w} * Target::kBytes;
-  const bool overlap = rows_overlap(stride, row_bytes);
+  if (w <= 0 || h <= 0) return;
+  const ptrdiff_t stride = Layout::stride(w, dst_stride);
+  const bool overlap = rows_overlap(stride, ptrdiff_t{w} * Target::kBytes);
+  const uint8_t *const chroma_plane = Layout::chroma(src, w, h);
   for (int32_t y = 0; y < h;) {
     const int32_t second = overlap || (y & 1) || y + 1 == h ? y : y + 1;
-    for (int32_t start = 0; start < w; start += kRun) {
-      const int32_t columns = smaller(kRun, w - start);
+    for (int32_t x = 0; x < w; x += kRun) {
+      const int32_t columns = smaller(kRun, w - x);
       uint8_t luma[2][kRun], chroma[kRun];
-      for (int32_t x = 0; x < columns; x += k16x16.width) {
-        const int32_t bytes = smaller(k16x16.width, columns - x);
-        append(luma[0] + x, src[0] + tile_offset(k16x16, w, h, start + x, y), bytes);
-        append(luma[1] + x, src[0] + tile_offset(k16x16, w, h, start + x, second), bytes);
-        append(chroma + x, src[1] + tile_offset(k16x8, w, h >> 1, start + x, y >> 1),
-               (bytes + 1) & ~1);
-      }
-      uint8_t *const out = dst[0] + ptrdiff_t{start} * Target::kBytes;
-      convert_rows<Nv12, Target>(SourceRows<2>{{luma[0], luma[1]}, {chroma, nullptr}},
-                                 TargetRows<2>{{out + y * stride, out + second * stride}}, columns);
+      gather_row<kLuma>(src[0] + tile_offset(kLuma, w, h, x, y), columns, luma[0]);
+      gather_row<kLuma>(src[0] + tile_offset(kLuma, w, h, x, second), columns, luma[1]);
+      gather_row<kChroma>(chroma_plane + tile_offset(kChroma, w, h >> 1, x, y >> 1),
+                          (columns + 1) & ~1, chroma);
+      uint8_t *const out = dst[0] + ptrdiff_t{x} * Target::kBytes;
+      convert_rows<typename Layout::Source, Target>(
+          SourceRows<2>{{luma[0], luma[1]}, {chroma, nullptr}},
+          TargetRows<2>{{out + y * stride, out + second * stride}}, columns);
     }
     y = second + 1;
   }
@@ -126,8 +149,9 @@ const TiledToRgb tiled_to_rgb = {
     .t64x32_to_bgra8888 = convert<T64x32, Bgra8888>,
     .t64x32_to_argb8888 = convert<T64x32, Argb8888>,
     .t64x32_to_abgr8888 = convert<T64x32, Abgr8888>,
-    .t16x16_to_rgba8888 = convert_16x16<Rgba8888>,
+    .t16x16_to_rgba8888 = convert_gathered<T16x16, Rgba8888>,
     .t256x16_to_rgba8888 = convert<T256x16, Rgba8888>,
+    .t8x8_to_rgba8888 = convert_gathered<T8x8, Rgba8888Of565>,
 };
 
 }  // namespace pivra::PIVRA_LEVEL
