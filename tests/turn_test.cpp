@@ -84,13 +84,11 @@ void try_every_turn(const LevelUnderTest &level, int rounds, Size size) {
                                 });
 }
 
-TEST_P(EveryLevel, TurnsEverySizeOfSmallPlanes) {
-  int32_t n = 0;
-  try_every_turn(GetParam(), 19 * 19,
-                 [&] { return n++ % 2 == 0 ? 1 + n / 2 % 19 : 1 + n / 38 % 19; });
+TEST_P(EveryLevel, TurnsSmallPlanes) {
+  try_every_turn(GetParam(), 120, [] { return random_in(1, 19); });
 }
 TEST_P(EveryLevel, TurnsPlanesOfAnySize) {
-  try_every_turn(GetParam(), 60, [] { return random_in(1, random_in(0, 2) == 0 ? 300 : 80); });
+  try_every_turn(GetParam(), 30, [] { return random_in(1, random_in(0, 2) == 0 ? 300 : 80); });
 }
 
 // --- The exported kernels ---
@@ -254,7 +252,7 @@ struct Picture {
 
 TEST(Rot, ChoosesKernelsByFormat) {
   for (int32_t format = -5; format < 610; ++format)
-    for (int32_t code = -2; code < 9; ++code) {
+    for (int32_t code = -1; code <= PIVRA_ROT_CODES; ++code) {
       const Picture src(format);
       Picture dst(format + 7), expected(dst, format + 7);
       const bool known = code >= 0 && code < PIVRA_ROT_CODES;
@@ -301,7 +299,7 @@ TEST(CscRot, ServesItsPairs) {
                                         13, 14, 100, 101, 200, 201, 400, 401, 500, 501, 502, 503};
   for (const int32_t from : formats)
     for (const int32_t to : formats)
-      for (int32_t code = -2; code < 9; ++code) {
+      for (int32_t code = -1; code <= PIVRA_ROT_CODES; ++code) {
         const Picture src(from);
         Picture dst(to), expected(dst, to);
         const bool turned = code >= 0 && code <= PIVRA_ROT_180;
