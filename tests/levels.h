@@ -15,6 +15,7 @@
 #include "filter/rows.h"
 #include "tile/tiled_to_rgb.h"
 #include "turn/turn.h"
+#include "txc/fixed_ratio.h"
 
 namespace pivra {
 
@@ -26,7 +27,8 @@ namespace pivra {
   DO(RgbToRgb, rgb_to_rgb)     \
   DO(TiledToRgb, tiled_to_rgb) \
   DO(Turns, turns)             \
-  DO(FilterRows, filter_rows)
+  DO(FilterRows, filter_rows)  \
+  DO(FixedRatio, fixed_ratio)
 
 namespace plain {
 #define PIVRA_PLAIN(Table, name) extern const Table name;

@@ -470,6 +470,31 @@ PIVRA_INLINE void store_triples(uint8_t *p, Whole w) {
   memcpy(p + 8, &four, sizeof four);
 }
 
+template <int kept>
+constexpr int32_t kKept = kept == 3 ? 24 : 16 * kept;
+template <int kept, int of, int unit>
+PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
+  const auto *src16 = reinterpret_cast<const uint16_t *>(src);
+  auto *dst16 = reinterpret_cast<uint16_t *>(dst);
+  if constexpr (of == 2 && unit == 1) {
+    vst1q_u8(dst, vld2q_u8(src).val[0]);
+  } else if constexpr (of == 2) {
+    vst1q_u16(dst16, vld2q_u16(src16).val[0]);
+  } else if constexpr (of == 3 && unit == 1) {
+    const uint8x16x3_t v = vld3q_u8(src);
+    vst2q_u8(dst, uint8x16x2_t{{v.val[0], v.val[1]}});
+  } else if constexpr (of == 3) {
+    const uint16x8x3_t v = vld3q_u16(src16);
+    vst2q_u16(dst16, uint16x8x2_t{{v.val[0], v.val[1]}});
+  } else if constexpr (unit == 1) {
+    const uint8x8x4_t v = vld4_u8(src);
+    vst3_u8(dst, uint8x8x3_t{{v.val[0], v.val[1], v.val[2]}});
+  } else {
+    const uint16x4x4_t v = vld4_u16(src16);
+    vst3_u16(dst16, uint16x4x3_t{{v.val[0], v.val[1], v.val[2]}});
+  }
+}
+
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   vst1_u8(p, a);
   vst1_u8(q, b);

@@ -73,6 +73,8 @@
 //                             before `end`; moves p on and returns the new end
 //   move_apart<first>(w)      3-byte units of each lane, from byte `first` on, to 4 bytes
 //   store_triples(p, w)       the first 3 bytes of every 4, which is 3/4 kBlock bytes
+//   copy_kept<kept, of, unit>(p, q)  the first 1 of every 2, 2 of 3 or 3 of 4 units of 1
+//                             or 2 bytes from p to q, kKept<kept> bytes of them
 //
 // RGB pixels are weighed as they lie in memory. Sums are taken modulo 65536, and a
 // result is the upper byte of its sum.
@@ -111,6 +113,12 @@ template <class T>
 struct Pair {
   T even, odd;
 };
+
+// Which byte becomes byte i if the first `kept` of every `of` units are kept.
+template <int kept, int of, int unit>
+constexpr int kept_byte(int i) {
+  return i / (kept * unit) * (of * unit) + i % (kept * unit);
+}
 
 // For the bytes of a pixel.
 struct ByteWeights {

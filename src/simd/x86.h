@@ -114,6 +114,7 @@ PIVRA_UNPACK(unpack_high, unpackhi)
 
 PIVRA_INLINE I16 low_bytes(U8 v) { return (I16)v & 0xFF; }
 PIVRA_INLINE I16 high_bytes(U8 v) { return (I16)((U16)v >> 8); }
+PIVRA_INLINE I16 pack_low_words(I32 a, I32 b) { return pack_words(a << 16 >> 16, b << 16 >> 16); }
 
 }  // namespace pivra::PIVRA_LEVEL
 
@@ -226,8 +227,6 @@ PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
   const U16 upper = (top << 1 & uint16_t{0xF800}) | (middle >> 4 & 0x07E0);
   return (Words565)(upper | bottom >> 10);
 }
-
-PIVRA_INLINE I16 pack_low_words(I32 a, I32 b) { return pack_words(a << 16 >> 16, b << 16 >> 16); }
 
 // RGB pixels of four bytes, weighed where they lie: one multiplication adds two
 // bytes, the next one the two sums.
@@ -359,6 +358,9 @@ template <int unit>
 PIVRA_INLINE uint8_t *copy_mirrored_far(const uint8_t *&, uint8_t *dst_end, ptrdiff_t) {
   return dst_end;
 }
+
+template <int kept>
+constexpr int32_t kKept = kept == 3 ? kBlock / 4 * 3 : kBlock;
 
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   store_halves(p, q, in_turn32(pack_unsigned((I16)(a >> 8), (I16)(b >> 8))));

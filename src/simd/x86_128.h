@@ -80,11 +80,31 @@ template <int first>
 PIVRA_INLINE U8 move_apart(U8 v) {
   return spread_triples(shift_down<first>(v));
 }
-PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
-  const __m128i bytes = (__m128i)drop_fourth_bytes(v);
-  _mm_storel_epi64((__m128i *)p, bytes);
-  const int32_t last = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 8));
+PIVRA_INLINE void store_twelve(uint8_t *p, U8 v) {
+  _mm_storel_epi64((__m128i *)p, (__m128i)v);
+  const int32_t last = _mm_cvtsi128_si32((__m128i)shift_down<8>(v));
   memcpy(p + 8, &last, sizeof last);
+}
+PIVRA_INLINE void store_triples(uint8_t *p, U8 v) { store_twelve(p, drop_fourth_bytes(v)); }
+
+template <int kept, int of, int unit>
+PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
+  if constexpr (of == 2 && unit == 1) {
+    store(dst, pack_unsigned(low_bytes(load(src)), low_bytes(load(src + 16))));
+  } else if constexpr (of == 2) {
+    store(dst, (U8)pack_low_words((I32)load(src), (I32)load(src + 16)));
+  } else if constexpr (of == 4 && unit == 1) {
+    store_triples(dst, load(src));
+  } else if constexpr (of == 4) {
+    const U8 v = load(src);
+    const U64 low = {0xFFFFFFFFFFFF, 0}, high = {0, 0xFFFFFFFFFFFF};
+    store_twelve(dst, (U8)(((U64)v & low) | (U64)shift_down<2>((U8)((U64)v & high))));
+  } else {
+    // SSE2 moves bytes through memory as well as it does in registers.
+#pragma GCC unroll 8
+    for (int i = 0; i < 16; i += kept * unit)
+      memcpy(dst + i, src + kept_byte<kept, of, unit>(i), kept * unit);
+  }
 }
 
 }  // namespace pivra::PIVRA_LEVEL

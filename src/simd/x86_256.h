@@ -103,11 +103,56 @@ PIVRA_INLINE U8 move_apart(U8 v) {
   return shuffle_lanes(v, _mm_setr_epi8(s, s + 1, s + 2, -1, s + 3, s + 4, s + 5, -1, s + 6, s + 7,
                                         s + 8, -1, s + 9, s + 10, s + 11, -1));
 }
-PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
+// The first 12 bytes of each lane.
+PIVRA_INLINE void store_twelves(uint8_t *p, U8 v) {
   const __m256i order = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
-  const __m256i bytes = _mm256_permutevar8x32_epi32((__m256i)drop_fourth_bytes(v), order);
+  const __m256i bytes = _mm256_permutevar8x32_epi32((__m256i)v, order);
   _mm_storeu_si128((__m128i *)p, _mm256_castsi256_si128(bytes));
   _mm_storel_epi64((__m128i *)(p + 16), _mm256_extracti128_si256(bytes, 1));
+}
+PIVRA_INLINE void store_triples(uint8_t *p, U8 v) { store_twelves(p, drop_fourth_bytes(v)); }
+
+// Where each byte of a result comes from, within its lane; negative: it is zero.
+struct alignas(32) LaneOrder {
+  int8_t from[32];
+};
+template <class Rule>
+constexpr LaneOrder make_lane_order(Rule rule) {
+  LaneOrder order{};
+  for (int i = 0; i < 32; ++i) order.from[i] = static_cast<int8_t>(rule(i / 16, i % 16));
+  return order;
+}
+PIVRA_INLINE U8 shuffle(U8 v, const LaneOrder &order) {
+  const __m256i from = _mm256_load_si256((const __m256i *)&order);
+  return (U8)_mm256_shuffle_epi8((__m256i)v, from);
+}
+
+// How many bytes become a quarter of a register.
+template <int kept, int of>
+constexpr int kQuarter = 8 * of / kept;
+// Even quarters go to the lower halves of lanes, odd ones to the upper halves. The
+// last one ends its lane, so that nothing behind it is loaded.
+template <int kept, int of, int unit, int odd>
+constexpr LaneOrder kKeptQuarters = make_lane_order([](int lane, int i) {
+  const int behind = odd && lane == 1 ? 16 - kQuarter<kept, of> : 0;
+  return i / 8 == odd ? behind + kept_byte<kept, of, unit>(i % 8) : -1;
+});
+template <int unit>
+constexpr LaneOrder kKeptTwelves = make_lane_order([](int, int i) {
+  return i < 12 ? kept_byte<3, 4, unit>(i) : -1;
+});
+template <int kept, int of, int unit>
+PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
+  if constexpr (of == 4) {
+    store_twelves(dst, shuffle(load(src), kKeptTwelves<unit>));
+  } else {
+    constexpr int q = kQuarter<kept, of>;
+    const auto lanes = [src](int low, int high) {
+      return (U8)_mm256_loadu2_m128i((const __m128i *)(src + high), (const __m128i *)(src + low));
+    };
+    store(dst, shuffle(lanes(0, 2 * q), kKeptQuarters<kept, of, unit, 0>) |
+                   shuffle(lanes(q, 4 * q - 16), kKeptQuarters<kept, of, unit, 1>));
+  }
 }
 
 }  // namespace pivra::PIVRA_LEVEL

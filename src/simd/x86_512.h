@@ -211,6 +211,23 @@ PIVRA_INLINE void store_triples(uint8_t *p, U8 v) {
   memcpy(p, &bytes, 48);
 }
 
+// The last ones come from a register that ends with the last byte which is read.
+template <int kept, int of, int unit>
+constexpr Order kKeptBytes = make_order([](int i) {
+  const int from = kept_byte<kept, of, unit>(i), last = 64 * of / kept - 64;
+  return from < 64 ? from : from - last + 64;
+});
+template <int kept, int of, int unit>
+PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
+  if constexpr (of == 4) {
+    const U8 v = permute(load(src), kKeptBytes<kept, of, unit>);
+    memcpy(dst, &v, 48);
+  } else {
+    const U8 last = load(src + 64 * of / kept - 64);
+    store(dst, permute(load(src), kKeptBytes<kept, of, unit>, last));
+  }
+}
+
 // Four registers of entries; an index picks of two at once, and its top bit which two.
 #define PIVRA_TABLES_IN_REGISTERS 1
 struct Table {
