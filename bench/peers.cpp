@@ -6,7 +6,10 @@
 #include <libyuv/convert_from_argb.h>
 #include <libyuv/planar_functions.h>
 
+#include <cstring>
 #include <map>
+
+#include "pivra.hpp"
 
 namespace {
 
@@ -31,90 +34,97 @@ using SemiPlanarMatrix = int(const Byte *, int, const Byte *, int, Byte *, int,
 
 // `first` is the plane that the function takes for U.
 Peer with(Planar *convert, int first = 1) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     const int second = 3 - first;
     convert(s.plane[0], s.stride[0], s.plane[first], s.stride[first], s.plane[second],
             s.stride[second], d.plane[0], d.stride[0], s.width[0], s.height[0]);
-  };
+  }};
 }
 Peer with(SemiPlanar *convert) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0], s.width[0],
             s.height[0]);
-  };
+  }};
 }
 Peer with(Packed *convert) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.width[0], s.height[0]);
-  };
+  }};
 }
 // `first` is the plane that the function takes for U.
 Peer with(ToPlanar *convert, int first = 1) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     const int second = 3 - first;
     convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], d.plane[first], d.stride[first],
             d.plane[second], d.stride[second], s.width[0], s.height[0]);
-  };
+  }};
 }
 Peer with(ToSemiPlanar *convert) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], d.plane[0], d.stride[0], d.plane[1], d.stride[1], s.width[0],
             s.height[0]);
-  };
+  }};
 }
 
 // Between YUV layouts `first` is the plane of the result that the function takes for U.
 Peer with(PlanarToPlanar *convert, int first = 1) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     const int second = 3 - first;
     convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.plane[2], s.stride[2], d.plane[0],
             d.stride[0], d.plane[first], d.stride[first], d.plane[second], d.stride[second],
             s.width[0], s.height[0]);
-  };
+  }};
 }
 Peer with(PlanarToSemiPlanar *convert) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.plane[2], s.stride[2], d.plane[0],
             d.stride[0], d.plane[1], d.stride[1], s.width[0], s.height[0]);
-  };
+  }};
 }
 Peer with(SemiPlanarToPlanar *convert, int first = 1) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     const int second = 3 - first;
     convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0],
             d.plane[first], d.stride[first], d.plane[second], d.stride[second], s.width[0],
             s.height[0]);
-  };
+  }};
 }
 Peer with(SemiPlanarToSemiPlanar *convert) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0], d.plane[1],
             d.stride[1], s.width[0], s.height[0]);
-  };
+  }};
 }
 
 // Red and blue change places with U and V exchanged and the matrix for that.
 Peer with_red_and_blue_exchanged(PlanarMatrix *convert, int first = 2) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     const int second = 3 - first;
     convert(s.plane[0], s.stride[0], s.plane[first], s.stride[first], s.plane[second],
             s.stride[second], d.plane[0], d.stride[0], &libyuv::kYvuI601Constants, s.width[0],
             s.height[0]);
-  };
+  }};
 }
 // The pairs of the source are V, U already.
 Peer with_red_and_blue_exchanged(SemiPlanarMatrix *convert) {
-  return [=](const ImageDesc &s, const ImageDesc &d) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
     convert(s.plane[0], s.stride[0], s.plane[1], s.stride[1], d.plane[0], d.stride[0],
             &libyuv::kYvuI601Constants, s.width[0], s.height[0]);
-  };
+  }};
+}
+
+void copy_rows(const ImageDesc &s, const ImageDesc &d) {
+  const std::size_t bytes = pivra::describe(s.format, s.width[0], 1, nullptr).stride[0];
+  for (std::ptrdiff_t y = 0; y < s.height[0]; ++y)
+    std::memcpy(d.plane[0] + y * d.stride[0], s.plane[0] + y * s.stride[0], bytes);
 }
 
 }  // namespace
 
-const Peer &find_peer(std::string_view kernel) {
+const Peer &find_peer(std::string_view kind) {
   using namespace libyuv;
   static const std::map<std::string_view, Peer> peers = {
+      {"cpy_padded", {copy_rows, "memcpy"}},
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},
       {"yuv420_to_rgb888", with(I420ToRAW)},
@@ -188,6 +198,6 @@ const Peer &find_peer(std::string_view kernel) {
       {"rgba8888_to_nv21", with(ABGRToNV21)},
   };
   static const Peer none;
-  const auto found = peers.find(kernel);
+  const auto found = peers.find(kind);
   return found == peers.end() ? none : found->second;
 }

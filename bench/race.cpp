@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <map>
+#include <regex>
 
 namespace {
 
@@ -25,11 +27,109 @@ double median(std::vector<double> values) {
   return *middle;
 }
 
+double geometric_mean(std::span<const double> values) {
+  double logarithms = 0;
+  for (const double value : values) logarithms += std::log(value);
+  return std::exp(logarithms / static_cast<double>(values.size()));
+}
+
+double least(std::span<const double> values) { return std::ranges::min(values); }
+
 std::string text(double value) {
   return value < 1000 ? fmt::format("{:.3f}", value) : fmt::format("{:.0f}", value);
 }
 
 std::string ratio_column(std::string_view contender) { return fmt::format("x {}", contender); }
+
+bool contains(const Group &group, const std::string &name) {
+  return std::regex_match(name, std::regex(group.pattern));
+}
+
+// Prints the races as a table, and below it the groups as another.
+class Reporter : public benchmark::BenchmarkReporter {
+ public:
+  Reporter(const std::vector<std::string> &others, std::vector<Group> groups, bool markdown)
+      : groups_(std::move(groups)), markdown_(markdown) {
+    std::ranges::transform(others, std::back_inserter(ratios_), ratio_column);
+    columns_ = {"ms", "Mpx/s"};
+    columns_.insert(columns_.end(), ratios_.begin(), ratios_.end());
+  }
+
+  bool ReportContext(const Context &context) override {
+    PrintBasicContext(&GetErrorStream(), context);
+    print_head("operation", columns_);
+    return true;
+  }
+
+  void ReportRuns(const std::vector<Run> &runs) override {
+    for (const Run &run : runs) {
+      if (run.run_type != Run::RT_Iteration) continue;
+      auto &[name, values] = results_.emplace_back(run.run_name.function_name, Values{});
+      for (const auto &[counter, value] : run.counters) values[counter] = value;
+      print_row(name, columns_, [&values = values](const std::string &column) {
+        const auto value = values.find(column);
+        return value == values.end() ? "-" : text(value->second);
+      });
+    }
+  }
+
+  void Finalize() override {
+    fmt::print("\n");
+    print_head("group", ratios_);
+    for (const Group &group : groups_) {
+      print_group(group.title, group, geometric_mean);
+      print_group("  the least", group, least);
+    }
+  }
+
+ private:
+  using Values = std::map<std::string, double>;
+
+  using Columns = std::vector<std::string>;
+
+  void print_head(const std::string &title, const Columns &columns) {
+    print_row(title, columns, [](const std::string &column) { return column; });
+    if (!markdown_) return;
+    fmt::print("|---|");
+    for (std::size_t i = 0; i < columns.size(); ++i) fmt::print("---:|");
+    fmt::print("\n");
+  }
+
+  void print_row(const std::string &name, const Columns &columns,
+                 const std::function<std::string(const std::string &)> &cell) {
+    const char *bar = markdown_ ? "|" : "";
+    fmt::print("{0}{1:<40}{0}", bar, name);
+    for (const std::string &column : columns) fmt::print("{:>11}{}", cell(column), bar);
+    fmt::print("\n");
+    std::fflush(stdout);
+  }
+
+  void print_group(const std::string &title, const Group &group,
+                   double summary(std::span<const double>)) {
+    std::map<std::string, std::vector<double>> ratios;
+    for (const auto &[name, values] : results_) {
+      if (!contains(group, name)) continue;
+      for (const auto &[column, value] : values) ratios[column].push_back(value);
+    }
+    if (ratios.empty()) return;
+    print_row(title, ratios_, [&](const std::string &column) {
+      const auto found = ratios.find(column);
+      return found == ratios.end() ? "-" : text(summary(found->second));
+    });
+  }
+
+  Columns columns_, ratios_;  // names of counters, all and those beside others
+  std::vector<Group> groups_;
+  bool markdown_;
+  std::vector<std::pair<std::string, Values>> results_;
+};
+
+constexpr const char *kUsage =
+    "          [--size=WxH, by default 1280x720]\n"
+    "          [--figures, only what the groups hold, as tables in Markdown]\n";
+
+// Below that some tiled layouts write more than the picture.
+constexpr int kLeastSize = 64;
 
 }  // namespace
 
@@ -53,74 +153,36 @@ void race(benchmark::State &state, double pixels, std::span<const Contender> con
     state.counters[ratio_column(contenders[i].name)] = median(ratios[i]);
 }
 
-RaceReporter::RaceReporter(std::vector<std::string> others, std::vector<Group> groups)
-    : columns_{"ms", "Mpx/s"}, groups_(std::move(groups)) {
-  std::ranges::transform(others, std::back_inserter(columns_), ratio_column);
-}
-
-void RaceReporter::print_row(std::string_view name,
-                             const std::function<std::string(std::string_view)> &cell) {
-  fmt::print("{:<24}", name);
-  for (const std::string &column : columns_) fmt::print("{:>11}", cell(column));
-  fmt::print("\n");
-  std::fflush(stdout);
-}
-
-bool RaceReporter::ReportContext(const Context &context) {
-  PrintBasicContext(&GetErrorStream(), context);
-  print_row("", [](std::string_view column) { return std::string(column); });
-  return true;
-}
-
-void RaceReporter::ReportRuns(const std::vector<Run> &runs) {
-  for (const Run &run : runs) {
-    if (run.run_type != Run::RT_Iteration) continue;
-    auto &[name, values] =
-        results_.emplace_back(run.run_name.function_name, std::map<std::string, double>{});
-    for (const auto &[counter, value] : run.counters) values[counter] = value;
-    print_row(name, [&values = values](std::string_view column) {
-      const auto value = values.find(std::string(column));
-      return value == values.end() ? "-" : text(value->second);
-    });
-  }
-}
-
-void RaceReporter::Finalize() {
-  fmt::print("\ngeometric means\n");
-  for (const Group &group : groups_) {
-    print_row(group.title, [&](std::string_view column) {
-      double logarithms = 0;
-      int count = 0;
-      for (const auto &[name, values] : results_) {
-        const auto value = values.find(std::string(column));
-        if (value == values.end() || !group.contains(name)) continue;
-        logarithms += std::log(value->second);
-        ++count;
-      }
-      return count == 0 ? "-" : text(std::exp(logarithms / count));
-    });
-  }
-}
-
-int run_races(int argc, char **argv, RaceReporter &&reporter,
-              const std::function<void(int width, int height)> &add) {
+int run_races(int argc, char **argv, std::vector<std::string> others, std::vector<Group> groups,
+              const std::function<void(benchmark::State &, const Operation &)> &race_one) {
   benchmark::Initialize(&argc, argv, [] {
     benchmark::PrintDefaultHelp();
-    fmt::print("          [--size=WxH, by default 1280x720]\n");
+    fmt::print("{}", kUsage);
   });
   CLI::App app;
-  std::string size = "1280x720";
-  app.add_option("--size", size)->check([](const std::string &text) {
-    int w, h, end = 0;
-    const bool good = std::sscanf(text.c_str(), "%5dx%5d%n", &w, &h, &end) == 2 &&
-                      text.size() == static_cast<std::size_t>(end) && w >= 8 && h >= 8;
-    return good ? "" : fmt::format("sizes look like 1280x720 and start at 8x8, not {}", text);
+  std::string text = "1280x720";
+  Size size = {};
+  bool figures = false;
+  app.add_flag("--figures", figures);
+  app.add_option("--size", text)->check([&](const std::string &given) {
+    int end = 0;
+    const bool good =
+        std::sscanf(given.c_str(), "%5dx%5d%n", &size.width, &size.height, &end) == 2 &&
+        given.size() == static_cast<std::size_t>(end) && size.width >= kLeastSize &&
+        size.height >= kLeastSize;
+    return good ? "" : fmt::format("sizes look like 1280x720 and start at 64x64, not {}", given);
   });
   CLI11_PARSE(app, argc, argv);
-  int width = 0, height = 0;
-  std::sscanf(size.c_str(), "%5dx%5d", &width, &height);
+  std::sscanf(text.c_str(), "%5dx%5d", &size.width, &size.height);
 
-  add(width, height);
+  for (const Operation &operation : operations(size)) {
+    const bool listed = std::ranges::any_of(groups, [&](const Group &group) {
+      return group.figures && contains(group, operation.name);
+    });
+    if (listed || !figures)
+      benchmark::RegisterBenchmark(operation.name.c_str(), race_one, operation)->UseManualTime();
+  }
+  Reporter reporter(others, groups, figures);
   benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
   return 0;

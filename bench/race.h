@@ -11,11 +11,11 @@
 #include <benchmark/benchmark.h>
 
 #include <functional>
-#include <map>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "operations.h"
 
 struct Contender {
   std::string name;
@@ -27,33 +27,18 @@ struct Contender {
 // times as long as the first it takes. `pixels` is the work of one call.
 void race(benchmark::State &state, double pixels, std::span<const Contender> contenders);
 
-// Some of the benchmarks, summed up by their geometric means.
+// Some of the operations, summed up by the geometric mean and the least of
+// their ratios.
 struct Group {
   std::string title;
-  std::function<bool(std::string_view benchmark)> contains;
+  std::string pattern;  // a regular expression for the whole name
+  bool figures = true;  // whether --figures shows them
 };
 
-// Prints the races as a table, and below it the means of the groups.
-class RaceReporter : public benchmark::BenchmarkReporter {
- public:
-  // `others` names the contenders beside the first, a column each.
-  RaceReporter(std::vector<std::string> others, std::vector<Group> groups);
-
-  bool ReportContext(const Context &context) override;
-  void ReportRuns(const std::vector<Run> &runs) override;
-  void Finalize() override;
-
- private:
-  void print_row(std::string_view name, const std::function<std::string(std::string_view)> &cell);
-
-  std::vector<std::string> columns_;  // names of counters
-  std::vector<Group> groups_;
-  std::vector<std::pair<std::string, std::map<std::string, double>>> results_;
-};
-
-// The body of main: parses Google Benchmark's options and --size=WxH, lets
-// `add` register the benchmarks and runs them.
-int run_races(int argc, char **argv, RaceReporter &&reporter,
-              const std::function<void(int width, int height)> &add);
+// The body of main: parses Google Benchmark's options and those of usage(), and
+// runs `race_one` for each operation. Prints a table with a column for each of
+// the `others`, the contenders beside the first, and below it the groups.
+int run_races(int argc, char **argv, std::vector<std::string> others, std::vector<Group> groups,
+              const std::function<void(benchmark::State &, const Operation &)> &race_one);
 
 #endif

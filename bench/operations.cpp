@@ -1,0 +1,68 @@
+#include "operations.h"
+
+#include <algorithm>
+#include <random>
+
+namespace {
+
+using List = std::vector<Operation>;
+
+void add(List &list, const std::string &name, Frame from, Frame to, Call run) {
+  list.push_back({name, name, from, to, std::move(run)});
+}
+
+void add_conversions(List &list, Size size) {
+  const struct {
+    const char *name;
+    pivra_csc_kernel *kernel;
+    std::int32_t from, to;
+  } kConversions[] = {
+#define PIVRA_CONVERSION(SOURCE, source, DESTINATION, destination)                          \
+  {#source "_to_" #destination, PIVRA_CSC_NAME(source, destination), PIVRA_FORMAT_##SOURCE, \
+   PIVRA_FORMAT_##DESTINATION},
+      PIVRA_CSC_PAIRS(PIVRA_CONVERSION)
+#undef PIVRA_CONVERSION
+  };
+  for (const auto &[name, kernel, from, to] : kConversions) {
+    add(list, name, {from, size}, {to, size}, [kernel = kernel](ImageDesc src, ImageDesc dst) {
+      kernel(src.plane, src.width, src.height, src.stride, dst.stride, dst.plane);
+    });
+  }
+}
+
+void add_copies(List &list, Size size) {
+  constexpr struct {
+    const char *name;
+    pivra_cpy_kernel *kernel;
+    std::int32_t format;
+  } kCopies[] = {{"cpy_8b", pivra_cpy_8b, PIVRA_FORMAT_YUV400},
+                 {"cpy_16b", pivra_cpy_16b, PIVRA_FORMAT_RGB565},
+                 {"cpy_24b", pivra_cpy_24b, PIVRA_FORMAT_RGB888},
+                 {"cpy_32b", pivra_cpy_32b, PIVRA_FORMAT_RGBA8888}};
+  for (const auto &[name, kernel, format] : kCopies) {
+    const auto run = [kernel = kernel](ImageDesc src, ImageDesc dst) {
+      kernel(src.plane[0], src.width[0], src.height[0], src.stride[0], dst.stride[0], dst.plane[0]);
+    };
+    const auto row = pivra::describe(format, size.width, size.height, nullptr).stride[0];
+    const Frame packed = {format, size}, padded = {format, size, row + 64};
+    list.push_back({name + std::string("_packed"), "cpy_packed", packed, packed, run});
+    if (kernel != pivra_cpy_16b)  // which is exact without padding only
+      list.push_back({name + std::string("_padded"), "cpy_padded", padded, padded, run});
+  }
+}
+
+}  // namespace
+
+pivra::Picture noise(const Frame &frame) {
+  pivra::Picture made(frame.format, frame.size.width, frame.size.height, frame.alignment);
+  std::ranges::generate(made.bytes(),
+                        std::independent_bits_engine<std::minstd_rand, 8, unsigned>());
+  return made;
+}
+
+std::vector<Operation> operations(Size size) {
+  List list;
+  add_conversions(list, size);
+  add_copies(list, size);
+  return list;
+}

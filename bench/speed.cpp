@@ -1,0 +1,55 @@
+// Every operation beside its peer and beside memcpy of as many bytes.
+//
+// That memcpy reads and writes, taken together, as many bytes as the operation
+// does: it copies half the sum of what is read and written. Pictures are the
+// same ones again and again, so they stay in the cache as far as they fit.
+#include <cstring>
+
+#include "operations.h"
+#include "peers.h"
+#include "race.h"
+
+namespace {
+
+const std::vector<Group> kGroups = {
+    {"headline conversions",
+     "yuv420_to_(rgba8888|bgra8888|argb8888|abgr8888|rgb888|bgr888|rgb565)"
+     "|yuv422n_to_(rgb565|rgba8888)|yuv444_to_(rgb888|rgba8888)"
+     "|nv12_to_(rgb565|rgb888|rgba8888|bgra8888)|nv21_to_(rgb888|rgba8888|bgra8888)"
+     "|(yuyv|uyvy)_to_bgra8888"},
+    {"conversions for encoders",
+     "(rgb565|rgb888|bgr888|rgba8888|bgra8888|argb8888|nv12|yuv422n)_to_yuv420"
+     "|(bgra8888|yuv420|nv21)_to_nv12|rgba8888_to_nv21|yuv420_to_yuv422n"},
+    {"all conversions", "[^_]+_to_[^_]+", false},
+    {"copies", "cpy_.*"},
+};
+
+// Bytes of a picture itself, without padding and what only fills the last tiles.
+double samples(const Frame &frame) {
+  const auto format = pivra::find_format(frame.format)->linear() ? frame.format : PIVRA_FORMAT_NV12;
+  return double(pivra::size_in_bytes(format, frame.size.width, frame.size.height));
+}
+
+void race_operation(benchmark::State &state, const Operation &operation) {
+  pivra::Picture source = noise(operation.from), result = noise(operation.to);
+  const ImageDesc src = source.desc(), dst = result.desc();
+  const auto bytes = (samples(operation.from) * operation.read + samples(operation.to)) / 2;
+  const Frame row = {PIVRA_FORMAT_YUV400, {std::int32_t(bytes), 1}};
+  pivra::Picture from = noise(row), to = noise(row);
+
+  std::vector<Contender> contenders = {{"pivra", [&] { operation.run(src, dst); }}};
+  const Peer &peer = find_peer(operation.kind);
+  if (peer.run) contenders.push_back({peer.name, [&] { peer.run(src, dst); }});
+  if (peer.name != "memcpy") {
+    contenders.push_back({"memcpy", [&] {
+                            std::memcpy(to.bytes().data(), from.bytes().data(), to.bytes().size());
+                          }});
+  }
+  race(state, operation.pixels(), contenders);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  return run_races(argc, argv, {"libyuv", "memcpy"}, kGroups, race_operation);
+}
