@@ -14,12 +14,12 @@ std::vector<std::size_t> supported_levels() {
 }
 
 void race_levels(benchmark::State &state, const Operation &operation) {
-  pivra::Picture src = noise(operation.from), dst = noise(operation.to);
+  const Pictures pictures(operation);
   std::vector<Contender> contenders;
   for (const std::size_t level : supported_levels()) {
     contenders.push_back({pivra::levels[level].name, [&, level] {
                             pivra::chosen_level = level;
-                            operation.run(src.desc(), dst.desc());
+                            operation.run(pictures.src, pictures.dst);
                           }});
   }
   race(state, operation.pixels(), contenders);

@@ -53,6 +53,14 @@ void add_copies(List &list, Size size) {
 
 }  // namespace
 
+Pictures::Pictures(const Operation &operation)
+    : source(noise(operation.from)),
+      result(noise(operation.to)),
+      src(source.desc()),
+      dst(result.desc()) {
+  dst.resize_mode = operation.resize_mode;
+}
+
 pivra::Picture noise(const Frame &frame) {
   pivra::Picture made(frame.format, frame.size.width, frame.size.height, frame.alignment);
   std::ranges::generate(made.bytes(),

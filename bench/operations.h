@@ -33,10 +33,19 @@ struct Operation {
   std::string kind;  // the same for calls that differ in sizes only
   Frame from, to;
   Call run;
-  double read = 1;  // share of the source that is read
+  double read = 1;                // share of the source that is read
+  std::uint32_t resize_mode = 0;  // of the result
 
   // What figures per pixel count: the pixels of the result.
   double pixels() const { return double(to.size.width) * to.size.height; }
+};
+
+// What an operation is given.
+struct Pictures {
+  explicit Pictures(const Operation &operation);
+
+  pivra::Picture source, result;
+  ImageDesc src, dst;
 };
 
 // Every operation on pictures of this size, or of its own where it has one.

@@ -31,8 +31,8 @@ double samples(const Frame &frame) {
 }
 
 void race_operation(benchmark::State &state, const Operation &operation) {
-  pivra::Picture source = noise(operation.from), result = noise(operation.to);
-  const ImageDesc src = source.desc(), dst = result.desc();
+  Pictures pictures(operation);
+  const ImageDesc &src = pictures.src, &dst = pictures.dst;
   const auto bytes = (samples(operation.from) * operation.read + samples(operation.to)) / 2;
   const Frame row = {PIVRA_FORMAT_YUV400, {std::int32_t(bytes), 1}};
   pivra::Picture from = noise(row), to = noise(row);

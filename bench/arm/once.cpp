@@ -26,8 +26,8 @@ int main(int argc, char **argv) try {
     std::fprintf(stderr, "once: no operation %s\n", argv[3]);
     return EXIT_FAILURE;
   }
-  pivra::Picture src = noise(operation->from), dst = noise(operation->to);
-  for (int i = std::atoi(argv[4]); i > 0; --i) operation->run(src.desc(), dst.desc());
+  const Pictures pictures(*operation);
+  for (int i = std::atoi(argv[4]); i > 0; --i) operation->run(pictures.src, pictures.dst);
   return EXIT_SUCCESS;
 } catch (const std::exception &e) {
   std::fprintf(stderr, "once: %s\n", e.what());
