@@ -7,6 +7,15 @@ namespace {
 
 using List = std::vector<Operation>;
 
+std::string name_of(std::int32_t format) { return std::string(pivra::find_format(format)->name); }
+
+// The parts of a name, with underscores between them.
+std::string join(std::initializer_list<std::string> parts) {
+  std::string joined;
+  for (const std::string &part : parts) joined += (joined.empty() ? "" : "_") + part;
+  return joined;
+}
+
 void add(List &list, const std::string &name, Frame from, Frame to, Call run) {
   list.push_back({name, name, from, to, std::move(run)});
 }
@@ -51,6 +60,42 @@ void add_copies(List &list, Size size) {
   }
 }
 
+constexpr struct Turn {
+  const char *name;
+  std::int32_t code;
+
+  Size of(Size size) const {
+    return code == PIVRA_ROT_90L || code == PIVRA_ROT_90R ? size.turned() : size;
+  }
+} kTurns[] = {{"90l", PIVRA_ROT_90L},
+              {"90r", PIVRA_ROT_90R},
+              {"180", PIVRA_ROT_180},
+              {"hori", PIVRA_ROT_HORI},
+              {"vert", PIVRA_ROT_VERT}};
+
+void add_turns(List &list, Size size) {
+  for (const std::int32_t format : {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12,
+                                    PIVRA_FORMAT_RGB565, PIVRA_FORMAT_RGB888}) {
+    for (const Turn &turn : kTurns) {
+      add(list, join({"rot", name_of(format), turn.name}), {format, size}, {format, turn.of(size)},
+          [turn](ImageDesc src, ImageDesc dst) { pivra_rot(&src, turn.code, &dst); });
+    }
+  }
+  // Conversions that turn as well, up to a last code.
+  constexpr struct {
+    std::int32_t from, to, last;
+  } kPairs[] = {{PIVRA_FORMAT_YUV422N, PIVRA_FORMAT_YUV420, PIVRA_ROT_90R},
+                {PIVRA_FORMAT_YUYV, PIVRA_FORMAT_BGRA8888, PIVRA_ROT_180}};
+  for (const auto &[from, to, last] : kPairs) {
+    for (const Turn &turn : kTurns) {
+      if (turn.code > last) continue;
+      add(list, join({"csc_rot", name_of(from), "to", name_of(to), turn.name}), {from, size},
+          {to, turn.of(size)},
+          [turn](ImageDesc src, ImageDesc dst) { pivra_csc_rot(&src, turn.code, &dst); });
+    }
+  }
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -72,5 +117,6 @@ std::vector<Operation> operations(Size size) {
   List list;
   add_conversions(list, size);
   add_copies(list, size);
+  add_turns(list, size);
   return list;
 }

@@ -5,11 +5,15 @@
 #include <libyuv/convert_from.h>
 #include <libyuv/convert_from_argb.h>
 #include <libyuv/planar_functions.h>
+#include <libyuv/rotate.h>
+#include <libyuv/rotate_argb.h>
 
 #include <cstring>
 #include <map>
+#include <memory>
+#include <optional>
 
-#include "pivra.hpp"
+#include "operations.h"
 
 namespace {
 
@@ -113,6 +117,59 @@ Peer with_red_and_blue_exchanged(SemiPlanarMatrix *convert) {
   }};
 }
 
+Peer turned(libyuv::RotationMode mode) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
+    libyuv::I420Rotate(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.plane[2], s.stride[2],
+                       d.plane[0], d.stride[0], d.plane[1], d.stride[1], d.plane[2], d.stride[2],
+                       s.width[0], s.height[0], mode);
+  }};
+}
+Peer turned_16(libyuv::RotationMode mode) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
+    libyuv::RotatePlane_16(reinterpret_cast<const std::uint16_t *>(s.plane[0]), s.stride[0] / 2,
+                           reinterpret_cast<std::uint16_t *>(d.plane[0]), d.stride[0] / 2,
+                           s.width[0], s.height[0], mode);
+  }};
+}
+Peer turned_32(libyuv::RotationMode mode) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
+    libyuv::ARGBRotate(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.width[0], s.height[0],
+                       mode);
+  }};
+}
+
+// To libyuv a picture of negative height is upside down.
+Peer upside_down(const Peer &peer) {
+  return {[=](ImageDesc s, const ImageDesc &d) {
+    for (std::int32_t &height : s.height) height = -height;
+    peer.run(s, d);
+  }};
+}
+
+// The bytes of the rows of plane 0, as they are.
+void copy_plane(const ImageDesc &s, const ImageDesc &d) {
+  libyuv::CopyPlane(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.stride[0], s.height[0]);
+}
+void mirror_pairs(const ImageDesc &s, const ImageDesc &d) {
+  libyuv::MirrorUVPlane(s.plane[0], s.stride[0], d.plane[0], d.stride[0], s.width[0], s.height[0]);
+}
+
+// What takes libyuv two steps, with a picture of `format` and some size between them.
+Size of_source(const ImageDesc &s, const ImageDesc &) { return {s.width[0], s.height[0]}; }
+
+Peer by_way_of(std::int32_t format, Size size_of(const ImageDesc &s, const ImageDesc &d),
+               const Peer &first, const Peer &second) {
+  const auto between = std::make_shared<std::optional<pivra::Picture>>();
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
+    const auto [width, height] = size_of(s, d);
+    if (!*between || (*between)->width() != width || (*between)->height() != height)
+      between->emplace(format, width, height);
+    const ImageDesc picture = (*between)->desc();
+    first.run(s, picture);
+    second.run(picture, d);
+  }};
+}
+
 void copy_rows(const ImageDesc &s, const ImageDesc &d) {
   const std::size_t bytes = pivra::describe(s.format, s.width[0], 1, nullptr).stride[0];
   for (std::ptrdiff_t y = 0; y < s.height[0]; ++y)
@@ -125,6 +182,34 @@ const Peer &find_peer(std::string_view kind) {
   using namespace libyuv;
   static const std::map<std::string_view, Peer> peers = {
       {"cpy_padded", {copy_rows, "memcpy"}},
+
+      {"rot_yuv420_90l", turned(kRotate270)},
+      {"rot_yuv420_90r", turned(kRotate90)},
+      {"rot_yuv420_180", turned(kRotate180)},
+      {"rot_yuv420_hori", with(I420Mirror)},
+      {"rot_yuv420_vert", upside_down(with(I420Copy))},
+      {"rot_nv12_180", upside_down(with(NV12Mirror))},
+      {"rot_nv12_hori", with(NV12Mirror)},
+      {"rot_nv12_vert", upside_down(with(NV12Copy))},
+      {"rot_rgb565_90l", turned_16(kRotate270)},
+      {"rot_rgb565_90r", turned_16(kRotate90)},
+      {"rot_rgb565_180", turned_16(kRotate180)},
+      {"rot_rgb565_hori", {mirror_pairs}},
+      {"rot_rgb565_vert", upside_down({copy_plane})},
+      {"rot_rgb888_180", upside_down(with(RGB24Mirror))},
+      {"rot_rgb888_hori", with(RGB24Mirror)},
+      {"rot_rgb888_vert", upside_down({copy_plane})},
+      {"csc_rot_yuv422n_to_yuv420_90l",
+       by_way_of(PIVRA_FORMAT_YUV420, of_source, with(I422ToI420), turned(kRotate270))},
+      {"csc_rot_yuv422n_to_yuv420_90r",
+       by_way_of(PIVRA_FORMAT_YUV420, of_source, with(I422ToI420), turned(kRotate90))},
+      {"csc_rot_yuyv_to_bgra8888_90l",
+       by_way_of(PIVRA_FORMAT_BGRA8888, of_source, with(YUY2ToARGB), turned_32(kRotate270))},
+      {"csc_rot_yuyv_to_bgra8888_90r",
+       by_way_of(PIVRA_FORMAT_BGRA8888, of_source, with(YUY2ToARGB), turned_32(kRotate90))},
+      {"csc_rot_yuyv_to_bgra8888_180",
+       by_way_of(PIVRA_FORMAT_BGRA8888, of_source, with(YUY2ToARGB), turned_32(kRotate180))},
+
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},
       {"yuv420_to_rgb888", with(I420ToRAW)},

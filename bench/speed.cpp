@@ -22,6 +22,10 @@ const std::vector<Group> kGroups = {
      "|(bgra8888|yuv420|nv21)_to_nv12|rgba8888_to_nv21|yuv420_to_yuv422n"},
     {"all conversions", "[^_]+_to_[^_]+", false},
     {"copies", "cpy_.*"},
+    {"turns", "rot_(yuv420_.*|rgb565_(90l|90r|180)|rgb888_hori)"},
+    {"quarter turns", "rot_.*_(90l|90r)"},
+    {"half turns and mirrors", "rot_.*_(180|hori|vert)"},
+    {"conversions with a turn", "csc_rot_.*"},
 };
 
 // Bytes of a picture itself, without padding and what only fills the last tiles.
