@@ -1,6 +1,7 @@
 #include "operations.h"
 
 #include <algorithm>
+#include <array>
 #include <random>
 
 namespace {
@@ -96,6 +97,27 @@ void add_turns(List &list, Size size) {
   }
 }
 
+void add_filters(List &list, Size size) {
+  const Frame grey = {PIVRA_FORMAT_YUV400, size};
+  add(list, "detail_enh", grey, grey, [](ImageDesc src, ImageDesc dst) {
+    detail_enh(src.plane[0], src.width[0], src.height[0], dst.plane[0]);
+  });
+
+  // The chroma planes of a yuv420 picture, one behind the other.
+  const Frame chroma = {PIVRA_FORMAT_YUV400, {size.width, size.height / 2}};
+  std::array<std::uint8_t, 256> gain;
+  color_sat_lut(gain.data(), 1180);
+  add(list, "color_sat", chroma, chroma, [gain](ImageDesc src, ImageDesc dst) {
+    const int count = src.width[0] * src.height[0] / 2;
+    color_sat(gain.data(), count, src.plane[0], src.plane[0] + count, dst.plane[0],
+              dst.plane[0] + count);
+  });
+
+  add(list, "fpa", {PIVRA_FORMAT_RGB888, size},
+      {PIVRA_FORMAT_RGB888, {size.width / 2, size.height}},
+      [](ImageDesc src, ImageDesc dst) { pivra_fpa(&src, &dst, 1); });
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -118,5 +140,6 @@ std::vector<Operation> operations(Size size) {
   add_conversions(list, size);
   add_copies(list, size);
   add_turns(list, size);
+  add_filters(list, size);
   return list;
 }

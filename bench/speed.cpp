@@ -26,6 +26,7 @@ const std::vector<Group> kGroups = {
     {"quarter turns", "rot_.*_(90l|90r)"},
     {"half turns and mirrors", "rot_.*_(180|hori|vert)"},
     {"conversions with a turn", "csc_rot_.*"},
+    {"filters", "detail_enh|dbf_yuv420|fpa|color_sat|dit_8b"},
 };
 
 // Bytes of a picture itself, without padding and what only fills the last tiles.
