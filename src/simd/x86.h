@@ -322,7 +322,7 @@ PIVRA_INLINE void store_top_bytes(uint8_t *p, Words block) {
 PIVRA_INLINE Lane load_lane(const uint8_t *p) { return (Lane)_mm_loadu_si128((const __m128i *)p); }
 PIVRA_INLINE void store_eights(uint8_t *p, ptrdiff_t step, Lane l) {
   _mm_storel_epi64((__m128i *)p, (__m128i)l);
-  _mm_storeh_pd((double *)(p + step), (__m128d)l);
+  _mm_storel_epi64((__m128i *)(p + step), _mm_unpackhi_epi64((__m128i)l, (__m128i)l));
 }
 
 // The number of a register and the number of a unit in it are one index. A round of
