@@ -12,6 +12,8 @@
 #include "csc/rgb_to_rgb.h"
 #include "csc/rgb_to_yuv.h"
 #include "csc/yuv_to_rgb.h"
+#include "deblock/edges.h"
+#include "dither/perturb.h"
 #include "filter/rows.h"
 #include "tile/tiled_to_rgb.h"
 #include "turn/turn.h"
@@ -28,7 +30,9 @@ namespace pivra {
   DO(TiledToRgb, tiled_to_rgb) \
   DO(Turns, turns)             \
   DO(FilterRows, filter_rows)  \
-  DO(FixedRatio, fixed_ratio)
+  DO(FixedRatio, fixed_ratio)  \
+  DO(Deblock, deblock)         \
+  DO(Dither, dither)
 
 namespace plain {
 #define PIVRA_PLAIN(Table, name) extern const Table name;

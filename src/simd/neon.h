@@ -9,6 +9,7 @@ namespace pivra::PIVRA_LEVEL {
 constexpr int32_t kBlock = 16;
 
 typedef int16x8_t I16;
+typedef uint16x8_t U16;
 typedef uint8x8_t Narrow;
 
 typedef uint8x16_t Whole;
@@ -102,6 +103,44 @@ PIVRA_INLINE Whole look_up(Table t, Whole index) {
   return vqtbx4q_u8(found, t.quarter[3], vsubq_u8(index, vdupq_n_u8(192)));
 }
 #endif
+
+PIVRA_INLINE Whole minimum(Whole a, Whole b) { return vminq_u8(a, b); }
+PIVRA_INLINE Whole maximum(Whole a, Whole b) { return vmaxq_u8(a, b); }
+PIVRA_INLINE Whole halve(Whole a) { return vshrq_n_u8(a, 1); }
+
+struct Fours {
+  Whole v[4], others[4];
+};
+// Fours of two rows: the even ones, the odd ones.
+PIVRA_INLINE Pair<Whole> load_two_rows(const uint8_t *p, ptrdiff_t stride) {
+  uint32x4x2_t fours =
+      vuzpq_u32(vreinterpretq_u32_u8(load_bytes(p)), vreinterpretq_u32_u8(load_bytes(p + stride)));
+  return {vreinterpretq_u8_u32(fours.val[0]), vreinterpretq_u8_u32(fours.val[1])};
+}
+PIVRA_INLINE void store_two_rows(uint8_t *p, ptrdiff_t stride, Whole even, Whole odd) {
+  uint32x4x2_t rows = vzipq_u32(vreinterpretq_u32_u8(even), vreinterpretq_u32_u8(odd));
+  store_bytes(p, vreinterpretq_u8_u32(rows.val[0]));
+  store_bytes(p + stride, vreinterpretq_u8_u32(rows.val[1]));
+}
+PIVRA_INLINE Fours load_fours(const uint8_t *p, ptrdiff_t stride) {
+  Pair<Whole> r0 = load_two_rows(p, stride), r2 = load_two_rows(p + 2 * stride, stride);
+  p += 4 * stride;
+  Pair<Whole> r4 = load_two_rows(p, stride), r6 = load_two_rows(p + 2 * stride, stride);
+  uint8x16x2_t upper = vuzpq_u8(r0.even, r2.even), lower = vuzpq_u8(r4.even, r6.even);
+  uint8x16x2_t even = vuzpq_u8(upper.val[0], lower.val[0]);
+  uint8x16x2_t odd = vuzpq_u8(upper.val[1], lower.val[1]);
+  return {{even.val[0], odd.val[0], even.val[1], odd.val[1]}, {r0.odd, r2.odd, r4.odd, r6.odd}};
+}
+PIVRA_INLINE void store_fours(uint8_t *p, ptrdiff_t stride, Fours f) {
+  uint8x16x2_t even = vzipq_u8(f.v[0], f.v[2]), odd = vzipq_u8(f.v[1], f.v[3]);
+  uint8x16x2_t upper = vzipq_u8(even.val[0], odd.val[0]);
+  uint8x16x2_t lower = vzipq_u8(even.val[1], odd.val[1]);
+  store_two_rows(p, stride, upper.val[0], f.others[0]);
+  store_two_rows(p + 2 * stride, stride, upper.val[1], f.others[1]);
+  p += 4 * stride;
+  store_two_rows(p, stride, lower.val[0], f.others[2]);
+  store_two_rows(p + 2 * stride, stride, lower.val[1], f.others[3]);
+}
 
 PIVRA_INLINE Twos twos(Narrow first, Narrow second) { return {first, second}; }
 PIVRA_INLINE Twos even_twos(Samples first, Samples second) { return {first.even, second.even}; }
@@ -313,7 +352,6 @@ PIVRA_INLINE uint8_t *store_top_bits_565(uint8_t *p, Channels<uint8x16_t, n> blo
   return p + 32;
 }
 
-typedef uint16x8_t U16;
 struct Words {
   uint16x8_t v[2];
 };
@@ -495,6 +533,23 @@ PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
   }
 }
 
+// Turned round in every odd lane, a decision hangs on the one before as a carry does:
+// sure ones make a carry, possible ones pass it on. One sum, with a byte for each lane,
+// lets it run through all.
+typedef uint64x1_t LastDecision;
+PIVRA_INLINE LastDecision last_decision(bool yes) { return vdup_n_u64(!yes); }
+PIVRA_INLINE U16 decisions_before(U16 sure, U16 possible, LastDecision &last) {
+  const uint8x8_t odd = vreinterpret_u8_u16(vdup_n_u16(0xFF00));
+  const uint8x8_t s = vmovn_u16(sure), p = vmovn_u16(possible);
+  const uint8x8_t makes = vbsl_u8(odd, vmvn_u8(p), s), passes = vbsl_u8(odd, vmvn_u8(s), p);
+  const uint64x1_t both = vadd_u64(vreinterpret_u64_u8(makes), vreinterpret_u64_u8(passes));
+  const uint8x8_t sum = vreinterpret_u8_u64(vadd_u64(both, last));
+  const uint8x8_t carries = vtst_u8(veor_u8(veor_u8(makes, passes), sum), vdup_n_u8(1));
+  last = vshr_n_u64(vreinterpret_u64_u8(vorr_u8(makes, vand_u8(passes, carries))), 63);
+  const uint8x8_t before = veor_u8(carries, vmvn_u8(odd));
+  return vreinterpretq_u16_s16(vmovl_s8(vreinterpret_s8_u8(before)));
+}
+
 PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
   vst1_u8(p, a);
   vst1_u8(q, b);
@@ -502,6 +557,148 @@ PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
 PIVRA_INLINE void store_twos(uint8_t *p, TopBytes a, TopBytes b) {
   vst2_u8(p, uint8x8x2_t{{a, b}});
 }
+
+// Taps: the first ones in the lower half, the second ones in the upper. One window,
+// of as many registers as there are to be windows.
+#define PIVRA_GATHERS 1
+typedef uint8x16_t Taps;
+constexpr int32_t kMostWindows = 2;
+template <int windows>
+constexpr int32_t kWindowBytes = 16 * windows;
+template <int windows>
+constexpr int32_t kWindowsOfTaps = 1;
+template <int unit>
+constexpr TapPlace tap_place(int32_t which, int32_t i) {
+  return {which * 8 + i % 8, i / 8};
+}
+
+#if defined(__arm__) && !defined(__clang__)
+// The intrinsic moves the window to another pair of registers.
+PIVRA_INLINE uint8x8_t look_up(uint8x16_t window, uint8x8_t index) {
+  uint8x8_t found;
+  asm("vtbl.8 %P0, {%e1, %f1}, %P2" : "=w"(found) : "w"(window), "w"(index));
+  return found;
+}
+#else
+PIVRA_INLINE uint8x8_t look_up(uint8x16_t window, uint8x8_t index) {
+  return vtbl2_u8(uint8x8x2_t{{vget_low_u8(window), vget_high_u8(window)}}, index);
+}
+#endif
+template <int windows>
+PIVRA_INLINE Taps gather(const uint8_t *src, const int32_t *from, Whole index) {
+  const uint8x16_t low = vld1q_u8(src + *from);
+  if constexpr (windows == 1) {
+    return vcombine_u8(look_up(low, vget_low_u8(index)), look_up(low, vget_high_u8(index)));
+  } else {
+    const uint8x16_t high = vld1q_u8(src + *from + 16);
+    const uint8x8x4_t window = {
+        {vget_low_u8(low), vget_high_u8(low), vget_low_u8(high), vget_high_u8(high)}};
+    return vcombine_u8(vtbl4_u8(window, vget_low_u8(index)), vtbl4_u8(window, vget_high_u8(index)));
+  }
+}
+
+PIVRA_INLINE U16 add_taps(Taps t) { return vaddl_u8(vget_low_u8(t), vget_high_u8(t)); }
+PIVRA_INLINE U16 weigh_taps(Taps t, Whole weights) {
+  return vmlal_u8(vmull_u8(vget_low_u8(t), vget_low_u8(weights)), vget_high_u8(t),
+                  vget_high_u8(weights));
+}
+// Sums and factors stay below 2^15.
+PIVRA_INLINE U16 divide(U16 sum, U16 factor) {
+  const int16x8_t high = vqdmulhq_s16(vreinterpretq_s16_u16(sum), vreinterpretq_s16_u16(factor));
+  return vshrq_n_u16(vreinterpretq_u16_s16(high), 3);
+}
+PIVRA_INLINE Whole join_taps(Pair<U16> sums) {
+  return vcombine_u8(vmovn_u16(sums.even), vmovn_u16(sums.odd));
+}
+
+PIVRA_INLINE Whole truncated_mean(Whole a, Whole b) { return vhaddq_u8(a, b); }
+PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1) {
+  return vcombine_u8(vhadd_u8(vget_low_u8(t0), vget_high_u8(t0)),
+                     vhadd_u8(vget_low_u8(t1), vget_high_u8(t1)));
+}
+PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1, Taps u0, Taps u1) {
+  return vcombine_u8(vshrn_n_u16(add_taps(t0) + add_taps(u0), 2),
+                     vshrn_n_u16(add_taps(t1) + add_taps(u1), 2));
+}
+#if defined(__arm__) && !defined(__clang__)
+
+// No intrinsic of GCC 12 moves more than two registers at once as they are.
+constexpr int32_t kHalves = 64;
+PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
+  asm volatile(
+      "vld1.8 {d0-d3}, [%[p]]!\n\t"
+      "vld1.8 {d4-d7}, [%[q]]!\n\t"
+      "vld1.8 {d16-d19}, [%[p]]!\n\t"
+      "vpaddl.u8 q0, q0\n\t"
+      "vpaddl.u8 q1, q1\n\t"
+      "vld1.8 {d20-d23}, [%[q]]!\n\t"
+      "vpadal.u8 q0, q2\n\t"
+      "vpadal.u8 q1, q3\n\t"
+      "vpaddl.u8 q8, q8\n\t"
+      "vpaddl.u8 q9, q9\n\t"
+      "vpadal.u8 q8, q10\n\t"
+      "vpadal.u8 q9, q11\n\t"
+      "vshrn.u16 d0, q0, #2\n\t"
+      "vshrn.u16 d1, q1, #2\n\t"
+      "vshrn.u16 d2, q8, #2\n\t"
+      "vshrn.u16 d3, q9, #2\n\t"
+      "vst1.8 {d0-d3}, [%[dst]]!\n\t"
+      "vld1.8 {d0-d3}, [%[p]]!\n\t"
+      "vld1.8 {d4-d7}, [%[q]]!\n\t"
+      "vld1.8 {d16-d19}, [%[p]]!\n\t"
+      "vpaddl.u8 q0, q0\n\t"
+      "vpaddl.u8 q1, q1\n\t"
+      "vld1.8 {d20-d23}, [%[q]]!\n\t"
+      "vpadal.u8 q0, q2\n\t"
+      "vpadal.u8 q1, q3\n\t"
+      "vpaddl.u8 q8, q8\n\t"
+      "vpaddl.u8 q9, q9\n\t"
+      "vpadal.u8 q8, q10\n\t"
+      "vpadal.u8 q9, q11\n\t"
+      "vshrn.u16 d0, q0, #2\n\t"
+      "vshrn.u16 d1, q1, #2\n\t"
+      "vshrn.u16 d2, q8, #2\n\t"
+      "vshrn.u16 d3, q9, #2\n\t"
+      "vst1.8 {d0-d3}, [%[dst]]!"
+      : [p] "+r"(p), [q] "+r"(q), [dst] "+r"(dst)
+      :
+      : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", "d18", "d19", "d20", "d21",
+        "d22", "d23", "memory");
+}
+
+#else
+
+constexpr int32_t kHalves = 16;
+PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
+  const uint16x8_t first = vpadalq_u8(vpaddlq_u8(vld1q_u8(p)), vld1q_u8(q));
+  const uint16x8_t second = vpadalq_u8(vpaddlq_u8(vld1q_u8(p + 16)), vld1q_u8(q + 16));
+  vst1q_u8(dst, vcombine_u8(vshrn_n_u16(first, 2), vshrn_n_u16(second, 2)));
+  p += 32;
+  q += 32;
+  dst += 16;
+}
+
+#endif
+
+PIVRA_INLINE void halve(const uint8_t *&p, uint8_t *&dst) {
+  for (int i = 0; i < kHalves; i += 16) {
+    uint8x16x2_t v = vld2q_u8(p);
+    vst1q_u8(dst, vhaddq_u8(v.val[0], v.val[1]));
+    p += 32;
+    dst += 16;
+  }
+}
+
+PIVRA_INLINE Pair<U16> word_taps(Taps t0, Taps t1) {
+  return {vreinterpretq_u16_u8(vcombine_u8(vget_low_u8(t0), vget_low_u8(t1))),
+          vreinterpretq_u16_u8(vcombine_u8(vget_high_u8(t0), vget_high_u8(t1)))};
+}
+
+PIVRA_INLINE Pair<Taps> beside(Whole a, Whole b) {
+  return {vcombine_u8(vget_low_u8(a), vget_low_u8(b)),
+          vcombine_u8(vget_high_u8(a), vget_high_u8(b))};
+}
+PIVRA_INLINE Whole join_beside(Pair<U16> sums) { return join_taps(sums); }
 
 }  // namespace pivra::PIVRA_LEVEL
 

@@ -75,6 +75,22 @@
 //   store_triples(p, w)       the first 3 bytes of every 4, which is 3/4 kBlock bytes
 //   copy_kept<kept, of, unit>(p, q)  the first 1 of every 2, 2 of 3 or 3 of 4 units of 1
 //                             or 2 bytes from p to q, kKept<kept> bytes of them
+//   load_fours(p, stride)     kBlock bytes of each of eight rows: Fours. The first four
+//                             of every eight bytes, each in one of v[4], in some order
+//   store_fours(p, stride, f) the rows back with v[4] changed
+//
+// Unsigned bytes that are computed with, Whole: beside + - & | ^ ~ < >
+//
+//   minimum, maximum(a, b)
+//   halve(a)
+//
+// Decisions of which each may hang on the one before. A lane of U16 is all ones for
+// yes. Decision i is yes if sure[i], and if possible[i] when decision i - 1 is no;
+// what is sure is possible.
+//
+//   last_decision(bool)       LastDecision: the one before the first lane
+//   decisions_before(sure, possible, last)  in each lane the one before its own; the
+//                             last one of all is kept for the next block
 //
 // RGB pixels are weighed as they lie in memory. Sums are taken modulo 65536, and a
 // result is the upper byte of its sum.
@@ -87,6 +103,25 @@
 //   store_planes(p, q, a, b)  TopBytes a to p and b to q
 //   store_twos(p, a, b)       TopBytes of both by turns
 //   store_top_bits_565(p, block)  5-6-5 words of the first three bytes of pixels
+//
+// Taps: outputs that are made of two bytes, or two words, of a row. A register of them
+// has both for kBlock / 2 bytes of output. Levels that cannot gather them leave
+// PIVRA_GATHERS undefined.
+//
+//   gather<windows>(p, from, index)  bytes of windows that begin at p + from[i]
+//   tap_place<unit>(which, i)        of byte i in the first or second of two registers:
+//                                    its place in their kBlock bytes of output, which tap
+//   kWindowsOfTaps, kWindowBytes     by the number of windows, up to kMostWindows: how
+//                                    many parts a register has, and what each reaches
+//   mean_of_taps(t0, t1)      truncated, of two; or (t0, t1, u0, u1), of two rows' four
+//   word_taps(t0, t1)         the first and the second words: Pair<U16>
+//   weigh_taps(t, weights)    sums of both bytes weighed, weights lying as taps do: U16
+//   divide(sum, factor)       (sum * factor) >> 18
+//   join_taps(sums)           those of two registers as bytes
+//   beside(a, b), join_beside(sums)  the same with bytes of two rows as taps
+//   truncated_mean(a, b)      of Whole
+//   halve(p, dst), halve(p, q, dst)  kHalves means of neighbours, of one row or of two,
+//                                    and all pointers moved on
 //
 // Other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.
@@ -119,6 +154,11 @@ template <int kept, int of, int unit>
 constexpr int kept_byte(int i) {
   return i / (kept * unit) * (of * unit) + i % (kept * unit);
 }
+
+// Where a tap goes.
+struct TapPlace {
+  int32_t output, tap;
+};
 
 // For the bytes of a pixel.
 struct ByteWeights {

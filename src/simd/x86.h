@@ -11,12 +11,15 @@ namespace pivra::PIVRA_LEVEL {
 
 #if defined(__AVX512VBMI__)
 typedef __m512i Register;
+typedef __m512 Floats;
 #define PIVRA_INTRINSIC(name) _mm512_##name
 #elif defined(__AVX2__)
 typedef __m256i Register;
+typedef __m256 Floats;
 #define PIVRA_INTRINSIC(name) _mm256_##name
 #else
 typedef __m128i Register;
+typedef __m128 Floats;
 #define PIVRA_INTRINSIC(name) _mm_##name
 #endif
 
@@ -50,6 +53,12 @@ template <int n>
 struct Shifted {
   Whole from[n];
 };
+typedef U8 Taps;
+
+// In each 128-bit lane the bytes of its fours, row by row.
+struct Fours {
+  U8 v[4], others[4];
+};
 
 struct Packed422 {
   Samples luma;
@@ -65,8 +74,10 @@ PIVRA_OPERATION(U8, unpack_low8, U8, unpacklo_epi8)
 PIVRA_OPERATION(U8, unpack_high8, U8, unpackhi_epi8)
 PIVRA_OPERATION(U8, unpack_low16, U8, unpacklo_epi16)
 PIVRA_OPERATION(U8, unpack_high16, U8, unpackhi_epi16)
+#if !defined(__AVX512VBMI__)
 PIVRA_OPERATION(U8, unpack_low32, U8, unpacklo_epi32)
 PIVRA_OPERATION(U8, unpack_high32, U8, unpackhi_epi32)
+#endif
 PIVRA_OPERATION(U8, pack_unsigned, I16, packus_epi16)
 PIVRA_OPERATION(I16, pack_words, I32, packs_epi32)
 PIVRA_OPERATION(I32, multiply_add, I16, madd_epi16)
@@ -75,6 +86,9 @@ PIVRA_OPERATION(I16, add_saturated, I16, adds_epi16)
 PIVRA_OPERATION(U8, mean, U8, avg_epu8)
 PIVRA_OPERATION(U8, add_saturated, U8, adds_epu8)
 PIVRA_OPERATION(U8, subtract_saturated, U8, subs_epu8)
+PIVRA_OPERATION(U16, multiply_high, U16, mulhi_epu16)
+PIVRA_OPERATION(U8, minimum, U8, min_epu8)
+PIVRA_OPERATION(U8, maximum, U8, max_epu8)
 #if defined(__SSSE3__)
 PIVRA_OPERATION(I16, multiply_add_bytes, U8, maddubs_epi16)
 #endif
@@ -112,6 +126,7 @@ PIVRA_UNPACK(unpack_high, unpackhi)
 #undef PIVRA_UNPACK
 #undef PIVRA_WIDE
 
+PIVRA_INLINE U8 halve(U8 v) { return (U8)((U16)v >> 1) & 0x7F; }
 PIVRA_INLINE I16 low_bytes(U8 v) { return (I16)v & 0xFF; }
 PIVRA_INLINE I16 high_bytes(U8 v) { return (I16)((U16)v >> 8); }
 PIVRA_INLINE I16 pack_low_words(I32 a, I32 b) { return pack_words(a << 16 >> 16, b << 16 >> 16); }
@@ -203,6 +218,41 @@ PIVRA_INLINE I16 add_half(I16 i, Centred c) {
 }
 
 #endif
+
+// Fours of two vectors, and of them the even ones or the odd ones.
+template <int first>
+PIVRA_INLINE U8 every_other_four(U8 a, U8 b) {
+  return (U8)PIVRA_INTRINSIC(shuffle_ps)((Floats)a, (Floats)b,
+                                         _MM_SHUFFLE(2 + first, first, 2 + first, first));
+}
+PIVRA_INLINE Fours load_fours(const uint8_t *p, ptrdiff_t stride) {
+  U8 even[4], odd[4];
+  for (int i = 0; i < 4; ++i, p += 2 * stride) {
+    const U8 upper = load(p), lower = load(p + stride);
+    even[i] = every_other_four<0>(upper, lower);
+    odd[i] = every_other_four<1>(upper, lower);
+  }
+  // Bytes by their number modulo 4: apart by 8, by 4, by 2 and in order.
+  const U8 r01 = unpack_low8(even[0], even[2]), r23 = unpack_high8(even[0], even[2]);
+  const U8 r45 = unpack_low8(even[1], even[3]), r67 = unpack_high8(even[1], even[3]);
+  const U8 r0 = unpack_low8(r01, r45), r1 = unpack_high8(r01, r45);
+  const U8 r2 = unpack_low8(r23, r67), r3 = unpack_high8(r23, r67);
+  const U8 even01 = unpack_low8(r0, r2), even23 = unpack_high8(r0, r2);
+  const U8 odd01 = unpack_low8(r1, r3), odd23 = unpack_high8(r1, r3);
+  return {{unpack_low8(even01, odd01), unpack_high8(even01, odd01), unpack_low8(even23, odd23),
+           unpack_high8(even23, odd23)},
+          {odd[0], odd[1], odd[2], odd[3]}};
+}
+PIVRA_INLINE void store_fours(uint8_t *p, ptrdiff_t stride, Fours f) {
+  const U8 low01 = unpack_low8(f.v[0], f.v[1]), low23 = unpack_low8(f.v[2], f.v[3]);
+  const U8 high01 = unpack_high8(f.v[0], f.v[1]), high23 = unpack_high8(f.v[2], f.v[3]);
+  const U8 even[] = {unpack_low16(low01, low23), unpack_high16(low01, low23),
+                     unpack_low16(high01, high23), unpack_high16(high01, high23)};
+  for (int i = 0; i < 4; ++i, p += 2 * stride) {
+    store(p, unpack_low32(even[i], f.others[i]));
+    store(p + stride, unpack_high32(even[i], f.others[i]));
+  }
+}
 
 template <uint8_t k, int16_t offset>
 PIVRA_INLINE Pair<I16> scale(Samples s) {
@@ -367,6 +417,86 @@ PIVRA_INLINE void store_planes(uint8_t *p, uint8_t *q, TopBytes a, TopBytes b) {
 }
 PIVRA_INLINE void store_twos(uint8_t *p, TopBytes a, TopBytes b) {
   store(p, in_turn64((U8)(a >> 8 | (b & uint16_t{0xFF00}))));
+}
+
+// In each lane taps lie by turns. Parts of a lane have windows of their own.
+constexpr int32_t kMostWindows = 4;
+template <int windows>
+constexpr int32_t kWindowBytes = kTapLane;
+template <int windows>
+constexpr int32_t kWindowsOfTaps = kBlock / kTapLane *windows;
+template <int unit>
+constexpr TapPlace tap_place(int32_t which, int32_t i) {
+  const int32_t lane = i / kTapLane, within = i % kTapLane;
+  return {lane * kTapLane + which * kTapLane / 2 + within / (2 * unit) * unit + within % unit,
+          within / unit % 2};
+}
+
+// Sums of bytes come from taps of which each 16-bit lane has two side by side.
+PIVRA_INLINE U16 weigh_taps(Taps t, U8 weights) {
+#if defined(__SSSE3__)
+  return (U16)multiply_add_bytes(t, weights);
+#else
+  return ((U16)t & 0xFF) * ((U16)weights & 0xFF) + ((U16)t >> 8) * ((U16)weights >> 8);
+#endif
+}
+PIVRA_INLINE U16 add_taps(Taps t) {
+#if defined(__SSSE3__)
+  return (U16)multiply_add_bytes(t, U8{} + 1);
+#else
+  return ((U16)t & 0xFF) + ((U16)t >> 8);
+#endif
+}
+PIVRA_INLINE U16 divide(U16 sum, U16 factor) { return multiply_high(sum, factor) >> 2; }
+PIVRA_INLINE U8 pack_sums(Pair<U16> sums) { return pack_unsigned((I16)sums.even, (I16)sums.odd); }
+PIVRA_INLINE Whole join_taps(Pair<U16> sums) { return taps_in_turn(pack_sums(sums)); }
+
+PIVRA_INLINE Whole truncated_mean(Whole a, Whole b) { return mean(a, b) - ((a ^ b) & 1); }
+PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1) {
+  return join_taps({add_taps(t0) >> 1, add_taps(t1) >> 1});
+}
+PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1, Taps u0, Taps u1) {
+  return join_taps({(add_taps(t0) + add_taps(u0)) >> 2, (add_taps(t1) + add_taps(u1)) >> 2});
+}
+constexpr int32_t kHalves = kBlock;
+PIVRA_INLINE void halve(const uint8_t *&p, uint8_t *&dst) {
+  const U16 first = add_taps(load(p)), second = add_taps(load(p + kBlock));
+  store(dst, in_turn64(pack_sums({first >> 1, second >> 1})));
+  p += 2 * kBlock;
+  dst += kBlock;
+}
+PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
+  const U16 first = add_taps(load(p)) + add_taps(load(q));
+  const U16 second = add_taps(load(p + kBlock)) + add_taps(load(q + kBlock));
+  store(dst, in_turn64(pack_sums({first >> 2, second >> 2})));
+  p += 2 * kBlock;
+  q += 2 * kBlock;
+  dst += kBlock;
+}
+
+#if !defined(__AVX512VBMI__)  // which does it in one step
+PIVRA_INLINE Pair<U16> word_taps(Taps t0, Taps t1) {
+  const I32 a = (I32)t0, b = (I32)t1;
+  return {(U16)taps_in_turn((U8)pack_low_words(a, b)),
+          (U16)taps_in_turn((U8)pack_words(a >> 16, b >> 16))};
+}
+#endif
+
+// Bytes side by side without crossing lanes, and their sums' bytes back in order.
+PIVRA_INLINE Pair<Taps> beside(Whole a, Whole b) { return {unpack_low8(a, b), unpack_high8(a, b)}; }
+PIVRA_INLINE Whole join_beside(Pair<U16> sums) { return pack_sums(sums); }
+
+// Turned round in every odd lane, a decision hangs on the one before as a carry does:
+// sure ones make a carry, possible ones pass it on. One sum lets it run through all.
+typedef uint64_t LastDecision;
+PIVRA_INLINE LastDecision last_decision(bool yes) { return !yes; }
+PIVRA_INLINE U16 decisions_before(U16 sure, U16 possible, LastDecision &last) {
+  const uint64_t s = lane_bits(sure), p = lane_bits(possible);
+  const uint64_t makes = (s & ~kOddLaneBits) | (~p & kOddLaneBits);
+  const uint64_t passes = (p & ~kOddLaneBits) | (~s & kOddLaneBits);
+  const uint64_t sum = makes + passes + last;
+  last = sum >> kLaneBits;
+  return lanes_of_bits(static_cast<uint32_t>(makes ^ passes ^ sum ^ ~kOddLaneBits));
 }
 
 }  // namespace pivra::PIVRA_LEVEL

@@ -44,6 +44,10 @@ PIVRA_INLINE uint8_t *store_lanes(uint8_t *p, const U8 (&v)[n]) {
 // The lanes' first 32 or 64 bits in turn, then their next ones, and so on.
 PIVRA_INLINE U8 in_turn32(U8 v) { return v; }
 PIVRA_INLINE U8 in_turn64(U8 v) { return v; }
+// There is no byte shuffle to gather taps with, but rows are weighed as they are.
+constexpr int32_t kTapLane = 16;
+PIVRA_INLINE U8 taps_in_turn(U8 v) { return v; }
+
 PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
   _mm_storel_epi64((__m128i *)p, (__m128i)v);
   _mm_storel_epi64((__m128i *)q, _mm_unpackhi_epi64((__m128i)v, (__m128i)v));
@@ -105,6 +109,17 @@ PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
     for (int i = 0; i < 16; i += kept * unit)
       memcpy(dst + i, src + kept_byte<kept, of, unit>(i), kept * unit);
   }
+}
+
+// Two for each lane.
+constexpr int kLaneBits = 16;
+constexpr uint64_t kOddLaneBits = 0xCCCC;
+PIVRA_INLINE uint32_t lane_bits(U16 lanes) {
+  return static_cast<uint32_t>(_mm_movemask_epi8((__m128i)lanes));
+}
+PIVRA_INLINE U16 lanes_of_bits(uint32_t bits) {
+  const U16 own = {1, 1 << 2, 1 << 4, 1 << 6, 1 << 8, 1 << 10, 1 << 12, 1 << 14};
+  return (U16)(((U16)_mm_set1_epi16(static_cast<int16_t>(bits)) & own) == own);
 }
 
 }  // namespace pivra::PIVRA_LEVEL

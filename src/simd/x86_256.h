@@ -155,6 +155,44 @@ PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
   }
 }
 
+// Taps: every lane has windows of its own. Packing two registers leaves their
+// outputs in turn, if the lanes' windows are chosen so.
+#define PIVRA_GATHERS 1
+constexpr int32_t kTapLane = 16;
+PIVRA_INLINE U8 taps_in_turn(U8 v) { return v; }
+
+template <int windows>
+PIVRA_INLINE Taps gather(const uint8_t *src, const int32_t *from, U8 index) {
+  const auto window = [=](int i) {
+    const __m256i both = _mm256_loadu2_m128i((const __m128i *)(src + from[windows + i]),
+                                             (const __m128i *)(src + from[i]));
+    return _mm256_shuffle_epi8(both, (__m256i)index);
+  };
+  __m256i v = window(0);
+  if constexpr (windows == 2) v = _mm256_blend_epi32(v, window(1), 0xCC);
+  if constexpr (windows == 4) {
+    v = _mm256_blend_epi32(v, window(1), 0x22);
+    v = _mm256_blend_epi32(v, window(2), 0x44);
+    v = _mm256_blend_epi32(v, window(3), 0x88);
+  }
+  return (U8)v;
+}
+
+// Two for each lane.
+constexpr int kLaneBits = 32;
+constexpr uint64_t kOddLaneBits = 0xCCCCCCCC;
+PIVRA_INLINE uint32_t lane_bits(U16 lanes) {
+  return static_cast<uint32_t>(_mm256_movemask_epi8((__m256i)lanes));
+}
+PIVRA_INLINE U16 lanes_of_bits(uint32_t bits) {
+  const U16 own = {1, 1 << 2, 1 << 4, 1 << 6, 1 << 8, 1 << 10, 1 << 12, 1 << 14,
+                   1, 1 << 2, 1 << 4, 1 << 6, 1 << 8, 1 << 10, 1 << 12, 1 << 14};
+  const __m256i half = _mm256_set_epi64x(0x0302030203020302, 0x0302030203020302, 0x0100010001000100,
+                                         0x0100010001000100);
+  const __m256i all = _mm256_set1_epi32(static_cast<int32_t>(bits));
+  return (U16)(((U16)_mm256_shuffle_epi8(all, half) & own) == own);
+}
+
 }  // namespace pivra::PIVRA_LEVEL
 
 #endif

@@ -19,6 +19,13 @@ PIVRA_INLINE U8 bitwise(U8 a, U8 b, U8 c) {
 PIVRA_INLINE U8 select(U8 mask, U8 a, U8 b) { return bitwise<0xCA>(mask, a, b); }
 PIVRA_INLINE U8 parity(U8 a, U8 b, U8 c) { return bitwise<0x96>(a, b, c); }
 PIVRA_INLINE U8 majority(U8 a, U8 b, U8 c) { return bitwise<0xE8>(a, b, c); }
+// Masked: GCC 12 takes the plain ones to read something uninitialised.
+PIVRA_INLINE U8 unpack_low32(U8 a, U8 b) {
+  return (U8)_mm512_maskz_unpacklo_epi32(~__mmask16{0}, (__m512i)a, (__m512i)b);
+}
+PIVRA_INLINE U8 unpack_high32(U8 a, U8 b) {
+  return (U8)_mm512_maskz_unpackhi_epi32(~__mmask16{0}, (__m512i)a, (__m512i)b);
+}
 
 // Where each byte of a result comes from: 0-63 the first register, 64-127 the second.
 struct alignas(64) Order {
@@ -241,6 +248,33 @@ PIVRA_INLINE U8 look_up(Table t, U8 index) {
   const __m512i low = _mm512_permutex2var_epi8((__m512i)t.v[0], i, (__m512i)t.v[1]);
   const __m512i high = _mm512_permutex2var_epi8((__m512i)t.v[2], i, (__m512i)t.v[3]);
   return (U8)_mm512_mask_mov_epi8(low, _mm512_movepi8_mask(i), high);
+}
+// One for each lane.
+constexpr int kLaneBits = 32;
+constexpr uint64_t kOddLaneBits = 0xAAAAAAAA;
+PIVRA_INLINE uint32_t lane_bits(U16 lanes) { return _mm512_movepi16_mask((__m512i)lanes); }
+PIVRA_INLINE U16 lanes_of_bits(uint32_t bits) { return (U16)_mm512_movm_epi16(bits); }
+
+// Taps: windows are as wide as the register.
+#define PIVRA_GATHERS 1
+constexpr int32_t kTapLane = 64;
+PIVRA_INLINE U8 taps_in_turn(U8 v) { return in_turn64(v); }
+
+template <int first>
+constexpr Order kEveryOtherWord = make_order([](int i) { return i / 2 * 4 + 2 * first + i % 2; });
+PIVRA_INLINE Pair<U16> word_taps(Taps t0, Taps t1) {
+  return {(U16)permute(t0, kEveryOtherWord<0>, t1), (U16)permute(t0, kEveryOtherWord<1>, t1)};
+}
+
+template <int windows>
+PIVRA_INLINE Taps gather(const uint8_t *src, const int32_t *from, U8 index) {
+  constexpr __mmask64 kSlice = ~__mmask64{0} >> (64 - 64 / windows);
+  __m512i v =
+      _mm512_maskz_permutexvar_epi8(~__mmask64{0}, (__m512i)index, (__m512i)load(src + from[0]));
+  for (int i = 1; i < windows; ++i)
+    v = _mm512_mask_permutexvar_epi8(v, kSlice << (64 / windows * i), (__m512i)index,
+                                     (__m512i)load(src + from[i]));
+  return (U8)v;
 }
 
 }  // namespace pivra::PIVRA_LEVEL
