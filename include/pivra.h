@@ -3,9 +3,9 @@
  * @brief Bit-exact pixel processing for video pipelines.
  *
  * Every operation takes a picture in memory that the caller owns and writes a
- * picture into memory that the caller owns. Nothing is allocated, logged or
- * remembered between calls, no threads are started, and every result is the
- * same to the bit on every machine.
+ * picture into memory that the caller owns. Nothing is logged or remembered
+ * between calls, no threads are started, and every result is the same to the bit
+ * on every machine. Only resizing needs memory of its own during a call.
  *
  * A picture is an `ImageDesc`. The entry points `pivra_cpy` and `pivra_csc`
  * look at the formats of two descriptors, choose a kernel and report by a

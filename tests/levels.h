@@ -15,6 +15,7 @@
 #include "deblock/edges.h"
 #include "dither/perturb.h"
 #include "filter/rows.h"
+#include "rsz/rows.h"
 #include "tile/tiled_to_rgb.h"
 #include "turn/turn.h"
 #include "txc/fixed_ratio.h"
@@ -27,6 +28,7 @@ namespace pivra {
   DO(Repack, repack)           \
   DO(RgbToYuv, rgb_to_yuv)     \
   DO(RgbToRgb, rgb_to_rgb)     \
+  DO(ResizeRows, resize_rows)  \
   DO(TiledToRgb, tiled_to_rgb) \
   DO(Turns, turns)             \
   DO(FilterRows, filter_rows)  \
@@ -63,6 +65,18 @@ inline std::vector<LevelUnderTest> levels_under_test() {
 #undef PIVRA_PLAIN
 #undef PIVRA_OF_LEVEL
   return found;
+}
+
+// Lets the public functions run each level in turn: body(name of the level).
+template <class Body>
+void at_every_level(Body body) {
+  const size_t chosen = chosen_level;
+  for (size_t i = 0; i < kLevels; ++i) {
+    if (!levels[i].supported()) continue;
+    chosen_level = i;
+    body(std::string(levels[i].name));
+  }
+  chosen_level = chosen;
 }
 
 }  // namespace test

@@ -192,16 +192,12 @@ void expect_equal_to_model(const Kernel &kernel, const std::string &level) {
 }
 
 TEST(Planes, EqualTheModelAtEveryLevel) {
-  const size_t chosen = chosen_level;
-  for (size_t level = 0; level < kLevels && !testing::Test::HasFatalFailure(); ++level) {
-    if (!levels[level].supported()) continue;
-    chosen_level = level;
+  at_every_level([](const std::string &level) {
     for (const auto *kernels : {&kKernels, &kPrimitives})
       for (const Kernel &kernel : *kernels)
-        for (int round = 0; round < 200 && !testing::Test::HasFatalFailure(); ++round)
-          expect_equal_to_model(kernel, levels[level].name);
-  }
-  chosen_level = chosen;
+        for (int round = 0; round < 200 && !HasFatalFailure(); ++round)
+          expect_equal_to_model(kernel, level);
+  });
 }
 
 TEST(Planes, LeaveEmptyOnesAlone) {

@@ -143,17 +143,11 @@ void expect_equal_to_model(const Kernel &kernel, const std::string &level, TileM
 
 // The exported kernels choose their level, as they do in a program.
 TEST(TiledKernels, EqualTheModelAtEveryLevel) {
-  const size_t chosen = chosen_level;
-  for (size_t level = 0; level < kLevels; ++level) {
-    if (!levels[level].supported()) continue;
-    chosen_level = level;
+  at_every_level([](const std::string &level) {
     for (const Kernel &kernel : kKernels)
-      for (int round = 0; round < 40; ++round) {
-        expect_equal_to_model(kernel, levels[level].name, random_job(kernel), kernel.run);
-        if (HasFatalFailure()) return;
-      }
-  }
-  chosen_level = chosen;
+      for (int round = 0; round < 40 && !HasFatalFailure(); ++round)
+        expect_equal_to_model(kernel, level, random_job(kernel), kernel.run);
+  });
 }
 
 TEST(TiledKernels, EqualTheModelInScalarCode) {

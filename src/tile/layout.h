@@ -22,6 +22,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/bounds.h"
+
 namespace pivra {
 
 struct TileLayout {
@@ -42,9 +44,6 @@ constexpr TileLayout kLumaStrips = {8, 16, 128, 16}, kChromaStrips = {8, 8, 64, 
 constexpr TileLayout k256x16 = {256, 16, 4096, 2048};
 
 // Functions here are static: code of two instruction-set levels must not be merged.
-
-static constexpr int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
-static constexpr int32_t larger(int32_t a, int32_t b) { return a > b ? a : b; }
 
 // Shifts, not divisions, for arguments outside the plane count too.
 static constexpr int32_t zigzag_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
