@@ -39,7 +39,7 @@ constexpr TapList kTapList = [] {
 
 // Whether all bytes of outputs are within reach of so many windows.
 template <class Sample, int windows>
-bool plan_windows(Strip &strip) {
+static bool plan_windows(Strip &strip) {
   constexpr int32_t kBytes = kBytesOf<Sample>, kReach = kWindowBytes<windows>;
   constexpr int32_t kTapsOfWindow = kBlock / kWindowsOfTaps<windows>;
   const int32_t bytes = strip.count * kBytes, last = strip.samples * kBytes - kReach;
@@ -74,7 +74,7 @@ bool plan_windows(Strip &strip) {
   return true;
 }
 template <class Sample, int windows = 1>
-bool plan_gather(Strip &strip) {
+static bool plan_gather(Strip &strip) {
   if (plan_windows<Sample, windows>(strip)) return true;
   if constexpr (windows < kMostWindows) return plan_gather<Sample, 2 * windows>(strip);
   return false;
