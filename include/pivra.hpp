@@ -1,6 +1,6 @@
 /**
  * @file pivra.hpp
- * @brief C++20 layer over pivra.h: formats by name, pictures, checked conversion.
+ * @brief C++20 layer over pivra.h: formats by name, pictures, checked operations.
  *
  * Header-only; needs the standard library and libpivra. Where the C entry points
  * trust their caller, these functions check first and throw std::invalid_argument
@@ -392,7 +392,7 @@ inline constexpr Codes kYuv(0, 199), kRgb(200, 599), kRgb16(200, 299);
 // What a kernel asks of the strides of a picture.
 enum Strides : unsigned {
   kAny = 0,
-  kWords = 1,  // whole 16-bit or 32-bit pixels
+  kWords = 1,  // whole 16-bit or 32-bit samples
   kAlike = 2,  // the same for both chroma planes
   kShort = 4,  // below 32768
   kTight = 8,  // no padding
@@ -441,9 +441,9 @@ static_assert(std::ranges::all_of(kPairs, [](FormatPair pair) {
 
 inline bool strides_suit(const ImageDesc &desc, unsigned asked) {
   const std::span<const PlaneShape> planes = find_format(desc.format)->planes;
-  const std::int32_t word = planes[0].bytes & -planes[0].bytes;  // 1 for 3-byte pixels
   for (std::size_t p = 0; p < planes.size(); ++p) {
     const std::int32_t stride = desc.stride[p];
+    const std::int32_t word = planes[p].bytes & -planes[p].bytes;  // 1 for 3-byte pixels
     if ((asked & kTight && stride != planes[p].row_bytes(desc.width[0])) ||
         (asked & kShort && stride > std::numeric_limits<std::int16_t>::max()) ||
         (asked & kWords && stride % word != 0)) {
@@ -574,5 +574,7 @@ inline void convert(const ImageDesc &src, const ImageDesc &dst) {
 }
 
 }  // namespace pivra
+
+#include "pivra/operations.hpp"
 
 #endif  // PIVRA_HPP

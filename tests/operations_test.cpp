@@ -1,0 +1,131 @@
+// The C++ layer's operations: strides of their own, what is refused, and that nothing is
+// written then.
+#include <gtest/gtest.h>
+
+#include <pivra.hpp>
+
+#include "guarded.h"
+
+namespace pivra::test {
+namespace {
+
+Picture noisy(int32_t format, int32_t width, int32_t height, int32_t alignment = 1) {
+  Picture picture(format, width, height, alignment);
+  std::ranges::copy(noise(picture.bytes().size()), picture.bytes().begin());
+  return picture;
+}
+
+bool equal(Picture &a, Picture &b) { return std::ranges::equal(a.bytes(), b.bytes()); }
+
+constexpr Turn kTurns[] = {Turn::kLeft90, Turn::kRight90, Turn::k180, Turn::kHorizontalMirror,
+                           Turn::kVerticalMirror};
+
+// There and back, at odd sizes, by way of strides that kernels of 16-bit units do not take.
+TEST(Operations, TurnThereAndBack) {
+  for (const FormatInfo &info : formats())
+    for (const Turn turn : kTurns) {
+      const FormatInfo *turned = turned_format(info.code, turn);
+      if (turned == nullptr) continue;
+      const bool quarter = is_quarter(turn);
+      const int32_t width = random_in(1, 70), height = random_in(1, 70);
+      Picture upright = noisy(info.code, width, height), back(info.code, width, height);
+      Picture lying(turned->code, quarter ? height : width, quarter ? width : height, 7);
+      rotate(upright.desc(), turn, lying.desc());
+      rotate(lying.desc(),
+             turn == Turn::kLeft90    ? Turn::kRight90
+             : turn == Turn::kRight90 ? Turn::kLeft90
+                                      : turn,
+             back.desc());
+      EXPECT_TRUE(equal(upright, back)) << info.name << " " << width << "x" << height;
+    }
+}
+
+// Padding changes nothing, and to the same size nothing changes.
+TEST(Operations, ResizeWithAnyStride) {
+  for (const FormatInfo &info : formats()) {
+    if (!resizes(info.code)) continue;
+    const int32_t width = random_in(1, 90), height = random_in(1, 90);
+    const int32_t to_width = random_in(1, 90), to_height = random_in(1, 90);
+    Picture tight = noisy(info.code, width, height), padded(info.code, width, height, 7);
+    resize(tight.desc(), padded.desc());
+    Picture same(info.code, width, height);
+    resize(padded.desc(), same.desc());
+    EXPECT_TRUE(equal(tight, same)) << info.name;
+    for (const Growth growth : {Growth::kRepeat, Growth::kRamp}) {
+      Picture a(info.code, to_width, to_height), b(info.code, to_width, to_height, 7),
+          c(info.code, to_width, to_height);
+      resize(tight.desc(), a.desc(), growth);
+      resize(padded.desc(), b.desc(), growth);
+      resize(b.desc(), c.desc());
+      EXPECT_TRUE(equal(a, c)) << info.name << " " << width << "x" << height << " to " << to_width
+                               << "x" << to_height;
+    }
+  }
+}
+
+TEST(Operations, FilterWithAnyStride) {
+  for (const int32_t format : {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV444}) {
+    Picture tight = noisy(format, 67, 45), padded(format, 67, 45, 32), back(format, 67, 45);
+    resize(tight.desc(), padded.desc());
+    for (Picture *picture : {&tight, &padded}) {
+      deblock(picture->desc(), 9);
+      saturate(picture->desc(), 1.3);
+    }
+    Picture sharp(format, 67, 45), sharp_padded(format, 67, 45, 32);
+    enhance_detail(tight.desc(), sharp.desc());
+    enhance_detail(padded.desc(), sharp_padded.desc());
+    resize(padded.desc(), back.desc());
+    EXPECT_TRUE(equal(tight, back));
+    resize(sharp_padded.desc(), back.desc());
+    EXPECT_TRUE(equal(sharp, back));
+  }
+}
+
+TEST(Operations, DitherWithAnyStride) {
+  for (const auto &[from, to] : detail::kDithered) {
+    Picture tight = noisy(from, 34, 26), padded(from, 34, 26, 32);
+    resize(tight.desc(), padded.desc());
+    Picture a(to, 34, 26), b(to, 34, 26, 7), c(to, 34, 26);
+    dither(tight.desc(), a.desc());
+    dither(padded.desc(), b.desc());
+    resize(b.desc(), c.desc());
+    EXPECT_TRUE(equal(a, c)) << find_format(from)->name << " to " << find_format(to)->name;
+  }
+}
+
+TEST(Operations, RefuseBeforeTheyWrite) {
+  Picture yuv = noisy(PIVRA_FORMAT_YUV420, 32, 24), nv12 = noisy(PIVRA_FORMAT_NV12, 32, 24),
+          rgb = noisy(PIVRA_FORMAT_RGB888, 32, 24), words(PIVRA_FORMAT_RGB565, 32, 24),
+          packed = noisy(PIVRA_FORMAT_YUYV, 32, 24), odd = noisy(PIVRA_FORMAT_YUV420, 31, 24);
+  Picture out(PIVRA_FORMAT_YUV420, 32, 24), other(PIVRA_FORMAT_YUV420, 24, 30),
+      rgb_half(PIVRA_FORMAT_RGB888, 15, 24);
+  const std::pair<const char *, std::function<void()>> calls[] = {
+      {"not 24x32", [&] { rotate(yuv.desc(), Turn::kLeft90, out.desc()); }},
+      {"cannot be turned", [&] { rotate(packed.desc(), Turn::k180, out.desc()); }},
+      {"not rgb888", [&] { rotate(rgb.desc(), Turn::k180, out.desc()); }},
+      {"not nv12", [&] { resize(nv12.desc(), out.desc()); }},
+      {"cannot be resized", [&] { resize(packed.desc(), out.desc()); }},
+      {"but not both", [&] { resize(yuv.desc(), Turn::kVerticalMirror, other.desc()); }},
+      {"is odd", [&] { dither(odd.desc(), Picture(PIVRA_FORMAT_RGB565, 31, 24).desc()); }},
+      {"is not dithered to", [&] { dither(nv12.desc(), words.desc()); }},
+      {"is not planar", [&] { deblock(nv12.desc(), 3); }},
+      {"within 0 to 15", [&] { deblock(yuv.desc(), 16); }},
+      {"within 0 to 15", [&] { deblock(yuv.desc(), -1); }},
+      {"within 0 to 32", [&] { saturate(yuv.desc(), 32); }},
+      {"has no plane of luma", [&] { enhance_detail(rgb.desc(), rgb.desc()); }},
+      {"not 16x24", [&] { make_anaglyph(rgb.desc(), rgb_half.desc()); }},
+  };
+  for (const auto &[message, call] : calls) {
+    try {
+      call();
+      ADD_FAILURE() << message << ": accepted";
+    } catch (const std::invalid_argument &error) {
+      EXPECT_NE(std::string(error.what()).find(message), std::string::npos) << error.what();
+    }
+  }
+  for (Picture *picture : {&out, &other, &rgb_half, &words})
+    EXPECT_EQ(std::ranges::count(picture->bytes(), 0), std::ssize(picture->bytes()));
+}
+
+}  // namespace
+}  // namespace pivra::test
