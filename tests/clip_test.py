@@ -90,7 +90,7 @@ def convert(source, target, from_name, to_name):
 class Clip(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.clip = subprocess.run([SCRIPTS / "clip"], capture_output=True, text=True,
+        cls.clip = subprocess.run([SCRIPTS / "material", "cockatoo"], capture_output=True, text=True,
                                   check=True).stdout.strip()
 
     def setUp(self):

@@ -82,7 +82,7 @@ class Resizing(unittest.TestCase):
         return min(float(value) for value in re.findall(r" [rgbyuv]:(\S+)", report))
 
     def test_frames_look_as_those_of_swscale(self):
-        clip = run(SCRIPTS / "clip").strip()
+        clip = run(SCRIPTS / "material", "cockatoo").strip()
         for *layout, limits in FORMATS:
             ffmpeg("-ss", "2", "-i", clip, "-frames:v", "1", "-s", "%dx%d" % SIZE,
                    "-pix_fmt", layout[1], "-f", "rawvideo", self.source)
