@@ -24,7 +24,8 @@ def main():
 
     told = set(OPTION.findall(groff(args.pages[0]).split("EXAMPLES")[0]))
     known = set(OPTION.findall(run(args.tool, "--help")))
-    known |= set(OPTION.findall(run(args.tool, "convert", "--help").split("Formats go")[0]))
+    for command in ("convert", "anaglyph"):
+        known |= set(OPTION.findall(run(args.tool, command, "--help").split("Formats go")[0]))
     assert told == known, f"told or known, but not both: {told ^ known}"
 
 

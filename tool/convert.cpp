@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <chrono>
 #include <optional>
 #include <pivra.hpp>
 
@@ -7,6 +6,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "options.h"
+#include "pipeline.h"
 #include "progress.h"
 #include "writer.h"
 #include "y4m.h"
@@ -14,8 +14,6 @@
 namespace pivra::tool {
 
 namespace {
-
-using Seconds = std::chrono::duration<double>;
 
 std::optional<FrameShape> raw_shape(const ConvertOptions &options) {
   if (options.from.empty() && options.size.empty()) return {};
@@ -41,13 +39,25 @@ std::string_view default_target(FileKind kind, const FormatInfo &source) {
                                                       : "rgba8888";
 }
 
+Wanted wanted_of(const ConvertOptions &options) {
+  Wanted wanted;
+  if (!options.deblock.empty()) wanted.deblock = parse_integer(options.deblock, 0, 15, "strength");
+  if (!options.saturation.empty())
+    wanted.saturation = parse_decimal(options.saturation, 0, 31, "gain");
+  if (!options.resize.empty()) wanted.size = parse_size(options.resize);
+  if (!options.rotate.empty()) wanted.turn = parse_turn(options.rotate);
+  if (options.mode1) wanted.growth = Growth::kRamp;
+  if (options.anaglyph) wanted.anaglyph = options.swap ? Red::kRight : Red::kLeft;
+  wanted.detail = options.detail;
+  wanted.dither = options.dither;
+  return wanted;
+}
+
+// What is written, if the steps before the conversion leave frames in the `source` format.
 const FormatInfo &target_format(const ConvertOptions &options, const FormatInfo &source) {
   const FileKind kind = output_kind(options);
-  const std::string fallback(default_target(kind, source));
+  const std::string fallback(options.dither ? "rgb565" : default_target(kind, source));
   const FormatInfo &target = parse_format(options.to.empty() ? fallback : options.to);
-  if (target.code != source.code && !converts(source.code, target.code)) {
-    fail("{} does not convert to {}; 'pivra formats' lists what does", source.name, target.name);
-  }
   if (kind == FileKind::kPng && !target.rgb()) {
     fail("PNG does not hold {}; choose an RGB format with --to", target.name);
   }
@@ -63,62 +73,53 @@ std::optional<std::uint64_t> count_selected(const Clip &clip, const FrameRange &
   return end > range.first ? end - range.first : 0;
 }
 
-struct Stats {
-  std::uint64_t frames = 0;
-  Seconds in_library{0};
-};
-
-// Frames that have the target's format already are passed on as they are.
-Stats convert_frames(Clip &clip, const FormatInfo &target, const FrameRange &range,
-                     const ConvertOptions &options) {
-  const auto [format, width, height] = clip.shape();
-  Picture source(format, width, height), converted(target.code, width, height);
-  Picture &result = target.code == format ? source : converted;
-
-  std::uint64_t index = 0;
-  for (; index < range.first && !clip.at_end(); ++index) clip.read(source);
+// Returns their number.
+std::uint64_t convert_frames(Clip &clip, Pipeline &pipeline, const FrameRange &range,
+                             const ConvertOptions &options) {
+  std::uint64_t index = 0, frames = 0;
+  for (; index < range.first && !clip.at_end(); ++index) clip.read(pipeline.source());
   const auto more = [&] { return index < range.end && !clip.at_end(); };
   if (!more()) fail("{} has {} frames, none of them selected", clip.name(), index);
 
-  Stats stats;
   Progress progress(count_selected(clip, range));
   std::unique_ptr<FrameWriter> writer;
   while (more()) {
-    clip.read(source);
+    clip.read(pipeline.source());
     const std::uint64_t number = index++;
-    if (&result == &converted) {
-      const auto start = std::chrono::steady_clock::now();
-      convert(source.desc(), converted.desc());
-      stats.in_library += std::chrono::steady_clock::now() - start;
-    }
+    Picture &result = pipeline.run();
     if (!writer)
       writer = make_writer(options.output, output_kind(options), more(), clip.y4m_parameters());
     writer->write(result, number);
-    progress.show(++stats.frames);
+    progress.show(++frames);
   }
   writer->finish();
-  return stats;
+  return frames;
 }
 
-void print_stats(const Stats &stats, const FrameShape &shape) {
-  const double frames = double(stats.frames), seconds = stats.in_library.count();
-  fmt::print(stderr, "{} frames of {}x{}: {:.3f} ms per frame, {:.1f} Mpixel/s in the library\n",
-             stats.frames, shape.width, shape.height, 1e3 * seconds / frames,
-             1e-6 * frames * shape.width * shape.height / seconds);
+void print_stats(const Pipeline &pipeline, std::uint64_t count, const FrameShape &shape) {
+  const double frames = double(count), seconds = pipeline.spent().count();
+  fmt::print(stderr,
+             "{} frames of {}x{}: {:.3f} ms per frame, {:.1f} Mpixel/s in the library ({})\n",
+             count, shape.width, shape.height, 1e3 * seconds / frames,
+             1e-6 * frames * shape.width * shape.height / seconds, pipeline.calls());
 }
 
 }  // namespace
 
 void convert_clip(const ConvertOptions &options) {
   const FrameRange range = parse_frames(options.frames);
+  Wanted wanted = wanted_of(options);
   Clip clip(options.input, raw_shape(options));
   const FormatInfo &source = *find_format(clip.shape().format);
-  const FormatInfo &target = target_format(options, source);
-  if (options.stats && source.code == target.code) {
-    fail("--stats has nothing to measure without a conversion");
-  }
-  const Stats stats = convert_frames(clip, target, range, options);
-  if (options.stats) print_stats(stats, clip.shape());
+  const FormatInfo *turned = turned_format(source.code, wanted.turn);
+  wanted.format = &target_format(options, wanted.anaglyph ? *find_format(PIVRA_FORMAT_RGB888)
+                                          : turned        ? *turned
+                                                          : source);
+  Pipeline pipeline(clip.shape(), wanted);
+  if (options.stats && pipeline.empty())
+    fail("--stats has nothing to measure, for nothing is done");
+  const std::uint64_t frames = convert_frames(clip, pipeline, range, options);
+  if (options.stats) print_stats(pipeline, frames, clip.shape());
 }
 
 }  // namespace pivra::tool

@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <new>
 
 #include "commands.h"
@@ -12,10 +13,14 @@ namespace pivra::tool {
 
 namespace {
 
-void add_convert(CLI::App &app, ConvertOptions &options) {
-  CLI::App *command = app.add_subcommand("convert", "Convert the frames of a clip");
-  const auto add = [&](const char *name, std::string &value, const char *type, const char *help) {
-    return command->add_option(name, value, help)->type_name(type);
+using AddOption = std::function<CLI::Option *(const char *name, std::string &value,
+                                              const char *type, const char *help)>;
+
+// What commands that read and write clips have in common.
+AddOption add_files(CLI::App &command, ConvertOptions &options) {
+  const AddOption add = [&command](const char *name, std::string &value, const char *type,
+                                   const char *help) {
+    return command.add_option(name, value, help)->type_name(type);
   };
   add("input", options.input, "FILE", "Y4M, PNG, or raw frames with -f and -s; - is standard input")
       ->required();
@@ -29,17 +34,41 @@ void add_convert(CLI::App &app, ConvertOptions &options) {
   add("--output-format", options.output_format, "KIND",
       "By default png for *.png, y4m for *.y4m, else raw")
       ->check(CLI::IsMember({"raw", "y4m", "png"}));
-  command->add_flag("--stats", options.stats, "Print the time spent in the library");
+  command.add_flag("--stats", options.stats, "Print the time spent in the library");
+  command.callback([&options] { convert_clip(options); });
+  return add;
+}
+
+void add_convert(CLI::App &app, ConvertOptions &options) {
+  CLI::App *command = app.add_subcommand("convert", "Convert the frames of a clip");
+  const AddOption add = add_files(*command, options);
+  add("--resize", options.resize, "WxH", "Size of the result in pixels");
+  command->add_flag("--mode1", options.mode1, "Fill the gaps of a growing picture with ramps");
+  add("--rotate", options.rotate, "TURN", "90l, 90r, 180, hmirror or vmirror");
+  command->add_flag("--dither", options.dither, "Dither yuv400, yuv420 or yv12 to 16-bit RGB");
+  add("--deblock", options.deblock, "QP", "Smooth the edges of 8x8 blocks, by 0 to 15");
+  add("--saturation", options.saturation, "GAIN", "Multiply the colour, 1 leaves it as it is");
+  command->add_flag("--detail", options.detail, "Bring out detail in the luma");
   command->footer(
       "Formats go by the names that 'pivra formats' lists. Raw frames lie one behind the\n"
       "other, their planes too, without padding. Several frames to frame.png become\n"
       "frame-0000.png, frame-0001.png, ... by their numbers in the clip; %d or %04d in\n"
       "the name puts the number there.\n\n"
+      "Deblocking comes first, then detail, saturation, size, turn and format.\n\n"
       "  pivra convert clip.y4m frame.png --to rgb565 --frames 100\n"
       "  pivra convert frame.png frame.y4m\n"
+      "  pivra convert clip.y4m portrait.y4m --resize 540x960 --rotate 90l\n"
       "  ffmpeg -i clip.mp4 -f rawvideo -pix_fmt nv12 - |\n"
       "    pivra convert - clip.bgra -f nv12 -s 1280x720 --to bgra8888");
-  command->callback([&options] { convert_clip(options); });
+}
+
+void add_anaglyph(CLI::App &app, ConvertOptions &options) {
+  CLI::App *command =
+      app.add_subcommand("anaglyph", "Make red and cyan frames of side-by-side ones");
+  add_files(*command, options);
+  command->add_flag("--swap", options.swap, "Red from the right view");
+  command->parse_complete_callback([&options] { options.anaglyph = true; });
+  command->footer("  pivra anaglyph left-and-right.png glasses.png");
 }
 
 int run(int argc, char **argv) {
@@ -48,6 +77,7 @@ int run(int argc, char **argv) {
   app.require_subcommand(1);
   ConvertOptions options;
   add_convert(app, options);
+  add_anaglyph(app, options);
   app.add_subcommand("formats", "List the formats and what converts")->callback(list_formats);
   try {
     app.parse(argc, argv);

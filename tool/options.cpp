@@ -16,6 +16,23 @@ bool read_number(const std::string &digits, Number &number) {
   return std::from_chars(digits.data(), end, number).ec == std::errc();
 }
 
+template <class Number>
+Number parse_number(const std::string &text, Number low, Number high, const char *what) {
+  Number number;
+  const char *end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || !(number >= low && number <= high)) {
+    fail("the {} '{}' is not a number from {} to {}", what, text, low, high);
+  }
+  return number;
+}
+
+constexpr std::pair<std::string_view, Turn> kTurns[] = {{"90l", Turn::kLeft90},
+                                                        {"90r", Turn::kRight90},
+                                                        {"180", Turn::k180},
+                                                        {"hmirror", Turn::kHorizontalMirror},
+                                                        {"vmirror", Turn::kVerticalMirror}};
+
 }  // namespace
 
 const FormatInfo &parse_format(const std::string &text) {
@@ -47,6 +64,21 @@ FrameRange parse_frames(const std::string &text) {
   if (match.length(2) == 0) range.end = range.first + 1;
   if (range.first >= range.end) fail("the frames '{}' are none", text);
   return range;
+}
+
+Turn parse_turn(const std::string &text) {
+  for (const auto &[name, turn] : kTurns)
+    if (name == text) return turn;
+  fail("the turn '{}' is none of 90l, 90r, 180, hmirror and vmirror", text);
+}
+
+std::int32_t parse_integer(const std::string &text, std::int32_t low, std::int32_t high,
+                           const char *what) {
+  return parse_number(text, low, high, what);
+}
+
+double parse_decimal(const std::string &text, double low, double high, const char *what) {
+  return parse_number(text, low, high, what);
 }
 
 }  // namespace pivra::tool

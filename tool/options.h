@@ -27,6 +27,14 @@ Size parse_size(const std::string &text);
 // A:B, A:, :B, or A for the one frame A.
 FrameRange parse_frames(const std::string &text);
 
+// 90l, 90r, 180, hmirror or vmirror.
+Turn parse_turn(const std::string &text);
+
+// A number between two others, and what it is called if it is not.
+std::int32_t parse_integer(const std::string &text, std::int32_t low, std::int32_t high,
+                           const char *what);
+double parse_decimal(const std::string &text, double low, double high, const char *what);
+
 }  // namespace pivra::tool
 
 #endif
