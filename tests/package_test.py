@@ -13,6 +13,8 @@ CONSUMER = pathlib.Path(__file__).parent / "package"
 ORANGE = "240 134 1\n"
 # The C runtime, by the names it has on x86-64, ARM and AArch64.
 RUNTIME = re.compile(r"lib[cm]\.so\.6|ld-linux.*")
+# And beside it the allocator.
+NEEDED = ["libtcor.so.1"]
 
 
 def main():
@@ -47,16 +49,18 @@ def check(args, temp):
         printed = run(*emulator, program, env={"LD_LIBRARY_PATH": str(library.parent)})
         assert printed == ORANGE, f"{program} prints {printed}"
 
-    # The header alone, in both languages.
-    compiles(args.cc, "-std=c99", "-pedantic", language="c", header="pivra.h")
-    compiles(args.cxx, "-std=c++11", "-pedantic", language="c++", header="pivra.h")
+    # The headers alone, in both languages.
+    for header in "pivra.h", "tcor.h":
+        compiles(args.cc, "-std=c99", "-pedantic", language="c", header=header)
+        compiles(args.cxx, "-std=c++11", "-pedantic", language="c++", header=header)
     compiles(args.cxx, "-std=c++20", "-pedantic", language="c++", header="pivra.hpp")
 
     # By pkg-config, with the C compiler alone.
     pkg_config = shlex.split(run("pkg-config", "--cflags", "--libs", "pivra",
                                  env={"PKG_CONFIG_LIBDIR": str(library.parent / "pkgconfig")}))
     includes = [word for word in pkg_config if word.startswith("-I")]
-    for name, words in {"shared": pkg_config, "static": [*includes, static]}.items():
+    allocator = library.with_name("libtcor.so")
+    for name, words in {"shared": pkg_config, "static": [*includes, static, allocator]}.items():
         run(args.cc, *flags, CONSUMER / "consumer.c", "-o", temp / name, *words)
         runs(temp / name)
 
@@ -68,13 +72,13 @@ def check(args, temp):
     runs(build / "with_pivra")
     runs(build / "with_pivra_static")
 
-    # The shared library needs nothing but the C runtime, sanitizers apart.
+    # The shared library needs nothing but the C runtime and libtcor, sanitizers apart.
     dynamic = run(args.readelf, "-d", library)
     assert "SONAME" in dynamic and "[libpivra.so.1]" in dynamic, dynamic
     needed = re.findall(r"\(NEEDED\).*\[(.*)\]", dynamic)
     if "-fsanitize" not in args.cflags:
-        strangers = [name for name in needed if not RUNTIME.fullmatch(name)]
-        assert not strangers, f"needs {strangers}"
+        others = [name for name in needed if not RUNTIME.fullmatch(name)]
+        assert set(others) <= set(NEEDED), f"needs {others}"
 
 
 main()
