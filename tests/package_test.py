@@ -78,7 +78,7 @@ def check(args, temp):
     needed = re.findall(r"\(NEEDED\).*\[(.*)\]", dynamic)
     if "-fsanitize" not in args.cflags:
         others = [name for name in needed if not RUNTIME.fullmatch(name)]
-        assert set(others) <= set(NEEDED), f"needs {others}"
+        assert others == NEEDED, f"needs {others}"
 
 
 main()

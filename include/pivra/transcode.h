@@ -73,6 +73,85 @@ PIVRA_API void pivra_txc_rsz_1080p_qhd_chroma(const uint8_t *src, uint8_t *dst, 
 
 /** @} */
 
+/**
+ * @defgroup transcode_context Transcoding
+ *
+ * A decoded picture becomes an nv12 picture of another size and orientation: it
+ * is converted if it is not nv12, resized, and turned if that is asked for. Two
+ * pictures in between, conv and rot, belong to the stream:
+ *
+ *     ImageDesc conv, rot;
+ *     pivra_txc_csc_rsz_rot_init(&src, &dst, rotation, &conv, &rot);
+ *     for (each frame) pivra_txc_csc_rsz_rot(&src, &dst, rotation, &conv, &rot);
+ *     pivra_txc_csc_rsz_rot_deinit(rotation, &conv, &rot);
+ *
+ * All three calls take the same rotation: PIVRA_ROT_COPY, PIVRA_ROT_90L,
+ * PIVRA_ROT_90R or PIVRA_ROT_180. Streams with pictures of their own may run at
+ * once.
+ *
+ * @{
+ */
+
+/**
+ * Describes the pictures in between and allocates their planes, by
+ * tcor_malloc_align32 of libtcor. Whether there was memory is not looked at.
+ *
+ * @param src, dst  a frame of the stream and what becomes of it: width[0] and
+ *                  height[0] are read, and of src what the conversion goes by.
+ * @param rotation  see above.
+ * @param conv      becomes nv12 of the source's size, for an nv12 source too.
+ * @param rot       becomes nv12 of the destination's size, width and height
+ *                  exchanged for a quarter turn; left alone for no turn.
+ *
+ * Of either picture width, height, stride and plane of the planes 0 and 1, the
+ * format, and reserved[0] and reserved[1], which count the rows of the planes,
+ * are written and nothing else.
+ *
+ * @return PIVRA_OK; PIVRA_REFUSED, and nothing is written, for another rotation.
+ */
+PIVRA_API int32_t pivra_txc_csc_rsz_rot_init(const ImageDesc *src, const ImageDesc *dst,
+                                             uint32_t rotation, ImageDesc *conv, ImageDesc *rot);
+
+/**
+ * Transcodes a frame.
+ *
+ * The resizer is chosen by width[0] and height[0] of src and of dst:
+ *
+ * - pivra_txc_rsz_1080p_qhd, pivra_txc_rsz_720p_qhd or pivra_txc_rsz_1080p_720p
+ *   between two of the sizes 1920 x 1080, 1280 x 720 and 960 x 540, each lying or
+ *   standing, whether or not the two lie alike. It resizes by its ratio to the
+ *   picture that comes next, rot or dst: where these do not lie as it shrinks
+ *   them, the source must have the rows that it asks for.
+ * - pivra_rsz_8b_down_special if both quotients of the sizes, rounded down, are
+ *   equal and the widths' quotient, as a float, is above 2 and below 8.
+ * - pivra_rsz otherwise.
+ *
+ * A destination of width or height 0 raises SIGFPE, where quotients are asked
+ * for, before anything is written. If the process goes on such a quotient is 0.
+ *
+ * What the stages report is ignored: what one of them refuses keeps its pixels.
+ *
+ * @param src   yuv420, nv12, t64x32 or t16x16.
+ * @param dst   nv12.
+ * @return PIVRA_OK; PIVRA_REFUSED, and nothing is written, for other formats and
+ *         another rotation.
+ */
+PIVRA_API int32_t pivra_txc_csc_rsz_rot(const ImageDesc *src, ImageDesc *dst, uint32_t rotation,
+                                        ImageDesc *conv, ImageDesc *rot);
+
+/**
+ * Frees the planes of conv and, for a turn, of rot.
+ * @return PIVRA_OK; PIVRA_REFUSED, and nothing is freed, for another rotation.
+ */
+PIVRA_API int32_t pivra_txc_csc_rsz_rot_deinit(uint32_t rotation, ImageDesc *conv, ImageDesc *rot);
+
+/** Reserved, does nothing. @return 0. */
+PIVRA_API int32_t pivra_txc_csc(void);
+/** Reserved, does nothing. @return 0. */
+PIVRA_API int32_t pivra_txc_rot(void);
+
+/** @} */
+
 /** @} */
 
 #endif

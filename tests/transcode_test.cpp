@@ -1,0 +1,268 @@
+#include <gtest/gtest.h>
+#include <setjmp.h>
+#include <signal.h>
+#include <tcor.h>
+
+#include <array>
+#include <cstring>
+#include <map>
+#include <memory>
+
+#include "guarded.h"
+#include "pivra.h"
+
+using pivra::test::GuardedPlane;
+using pivra::test::random_in;
+
+using Bytes = std::vector<uint8_t>;
+
+// Pictures are large here, and made of a quicker noise than that of other tests.
+static Bytes noise(size_t count) {
+  Bytes bytes(count);
+  auto state = static_cast<uint32_t>(pivra::test::random_engine()());
+  for (uint8_t &b : bytes) b = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+  return bytes;
+}
+
+// In place of libtcor's, so that what the context allocates can be looked at: the
+// block ends at an inaccessible page, less what its alignment takes.
+namespace {
+std::map<void *, std::pair<uint32_t, std::unique_ptr<GuardedPlane>>> allocated;
+}
+void *tcor_malloc_align32(uint32_t size) {
+  auto plane = std::make_unique<GuardedPlane>();
+  void *block = plane->place(noise((size + 31) / 32 * 32), true);
+  allocated[block] = {size, std::move(plane)};
+  return block;
+}
+void tcor_mfree_align32(void *block) { EXPECT_EQ(allocated.erase(block), 1u); }
+
+namespace {
+
+size_t area(int32_t width, int32_t height) {
+  return static_cast<size_t>(width) * static_cast<size_t>(height);
+}
+
+// A picture of any of the formats, each plane in memory of its own, with slack for
+// tiles and for what the tails of copies read.
+struct Picture {
+  Picture(int32_t format, int32_t width, int32_t height) {
+    const bool planar = format == PIVRA_FORMAT_YUV420;
+    desc.format = format;
+    for (int p = 0; p < (planar ? 3 : 2); ++p) {
+      const bool chroma = p > 0;
+      desc.width[p] = chroma ? (width + 1) / 2 : width;
+      desc.height[p] = chroma ? (height + 1) / 2 : height;
+      desc.stride[p] = desc.width[p] * (chroma && !planar ? 2 : 1);
+      bytes[p] = noise(area((width + 127) / 128 * 128, (height + 63) / 64 * 64) + 256);
+      desc.plane[p] = bytes[p].data();
+    }
+  }
+  Picture(const Picture &) = delete;
+
+  ImageDesc desc{};
+  std::array<Bytes, 3> bytes;
+};
+
+// The picture in between, told by its words.
+ImageDesc in_between(int32_t width, int32_t height, uint8_t *block) {
+  ImageDesc image;
+  std::memset(&image, 0xA5, sizeof image);
+  image.width[0] = image.stride[0] = image.stride[1] = width;
+  image.width[1] = width >> 1;
+  image.height[0] = height;
+  image.height[1] = height >> 1;
+  image.reserved[0] = static_cast<uint32_t>(height);
+  image.reserved[1] = static_cast<uint32_t>(height >> 1);
+  image.format = PIVRA_FORMAT_NV12;
+  image.plane[0] = block;
+  image.plane[1] = block + width * height;
+  return image;
+}
+
+struct Stream {
+  Stream() {
+    std::memset(&conv, 0xA5, sizeof conv);
+    std::memset(&rot, 0xA5, sizeof rot);
+  }
+  int32_t init(const ImageDesc &src, const ImageDesc &dst, uint32_t rotation) {
+    return pivra_txc_csc_rsz_rot_init(&src, &dst, rotation, &conv, &rot);
+  }
+  int32_t run(const ImageDesc &src, ImageDesc &dst, uint32_t rotation) {
+    return pivra_txc_csc_rsz_rot(&src, &dst, rotation, &conv, &rot);
+  }
+  int32_t deinit(uint32_t rotation) { return pivra_txc_csc_rsz_rot_deinit(rotation, &conv, &rot); }
+
+  ImageDesc conv, rot;
+};
+
+bool same(const ImageDesc &a, const ImageDesc &b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+TEST(Transcode, DescribesThePicturesInBetween) {
+  for (uint32_t rotation = 0; rotation < 4; ++rotation)
+    for (const auto &[w, h] : {std::pair{640, 360}, {35, 21}, {8, 8}}) {
+      const Picture src(PIVRA_FORMAT_NV12, 320, 180), dst(PIVRA_FORMAT_NV12, w, h);
+      Stream stream, untouched;
+      ASSERT_EQ(stream.init(src.desc, dst.desc, rotation), PIVRA_OK);
+      ASSERT_EQ(allocated.size(), rotation == 0 ? 1u : 2u);
+      EXPECT_TRUE(same(stream.conv, in_between(320, 180, stream.conv.plane[0])));
+      EXPECT_EQ(allocated.at(stream.conv.plane[0]).first, 320u * 270u);
+      if (rotation == 0) {
+        EXPECT_TRUE(same(stream.rot, untouched.rot));
+      } else {
+        const int32_t rw = rotation == 3 ? w : h, rh = rotation == 3 ? h : w;
+        EXPECT_TRUE(same(stream.rot, in_between(rw, rh, stream.rot.plane[0])));
+        EXPECT_EQ(allocated.at(stream.rot.plane[0]).first,
+                  static_cast<uint32_t>(rw * (rh + (rh >> 1))));
+      }
+      EXPECT_EQ(stream.deinit(rotation), PIVRA_OK);
+      EXPECT_TRUE(allocated.empty());
+    }
+}
+
+TEST(Transcode, RefusesRotationsAndFormats) {
+  Picture src(PIVRA_FORMAT_NV12, 64, 64), dst(PIVRA_FORMAT_NV12, 32, 32);
+  Stream stream, untouched;
+  for (uint32_t rotation : {4u, 5u, ~0u}) {
+    EXPECT_EQ(stream.init(src.desc, dst.desc, rotation), PIVRA_REFUSED);
+    EXPECT_EQ(stream.deinit(rotation), PIVRA_REFUSED);
+    EXPECT_EQ(stream.run(src.desc, dst.desc, rotation), PIVRA_REFUSED);
+  }
+  EXPECT_TRUE(same(stream.conv, untouched.conv) && same(stream.rot, untouched.rot));
+  ASSERT_EQ(stream.init(src.desc, dst.desc, 0), PIVRA_OK);
+  const Bytes before = dst.bytes[0];
+  for (int32_t format = -1; format < 600; ++format) {
+    Picture other(PIVRA_FORMAT_NV12, 64, 64);
+    other.desc.format = format;
+    if (format != 1 && format != 6 && format != 11 && format != 12) {
+      ASSERT_EQ(stream.run(other.desc, dst.desc, 0), PIVRA_REFUSED) << format;
+    }
+    if (format != PIVRA_FORMAT_NV12) {
+      ASSERT_EQ(stream.run(src.desc, other.desc, 0), PIVRA_REFUSED) << format;
+    }
+  }
+  EXPECT_EQ(dst.bytes[0], before);
+  stream.deinit(0);
+}
+
+TEST(Transcode, ReservedNamesDoNothing) {
+  EXPECT_EQ(pivra_txc_csc(), 0);
+  EXPECT_EQ(pivra_txc_rot(), 0);
+}
+
+// --- The stages, called one by one ---
+
+struct Job {
+  int32_t src_width, src_height, dst_width, dst_height;
+  pivra_txc_resizer *resizer;
+};
+
+void expect_stages(const Job &job, int32_t format, uint32_t rotation) {
+  Picture src(format, job.src_width, job.src_height);
+  Picture dst(PIVRA_FORMAT_NV12, job.dst_width, job.dst_height),
+      expected(PIVRA_FORMAT_NV12, job.dst_width, job.dst_height);
+  Stream stream;
+  ASSERT_EQ(stream.init(src.desc, dst.desc, rotation), PIVRA_OK);
+
+  // The same memory in between, so that what no stage writes is alike.
+  Stream model = stream;
+  std::array<Bytes, 2> blocks;
+  for (auto *image : {&model.conv, &model.rot}) {
+    if (image == &model.rot && rotation == 0) continue;
+    Bytes &block = blocks[image == &model.rot];
+    block = allocated.at(image->plane[0]).second->content();
+    image->plane[1] = block.data() + (image->plane[1] - image->plane[0]);
+    image->plane[0] = block.data();
+  }
+  for (size_t p : {0, 1})
+    std::copy(dst.bytes[p].begin(), dst.bytes[p].end(), expected.bytes[p].begin());
+
+  ASSERT_EQ(stream.run(src.desc, dst.desc, rotation), PIVRA_OK);
+
+  if (format != PIVRA_FORMAT_NV12) pivra_csc(&src.desc, &model.conv);
+  const ImageDesc &from = format == PIVRA_FORMAT_NV12 ? src.desc : model.conv;
+  job.resizer(&from, rotation == 0 ? &expected.desc : &model.rot);
+  if (rotation != 0) pivra_rot(&model.rot, static_cast<int32_t>(rotation), &expected.desc);
+  EXPECT_EQ(dst.bytes, expected.bytes)
+      << job.src_width << "x" << job.src_height << " to " << job.dst_width << "x" << job.dst_height
+      << ", format " << format << ", rotation " << rotation;
+  EXPECT_EQ(stream.deinit(rotation), PIVRA_OK);
+  EXPECT_TRUE(allocated.empty());
+}
+
+constexpr int32_t kSources[] = {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_T64X32,
+                                PIVRA_FORMAT_T16X16};
+
+TEST(Transcode, ChoosesTheResizerByTheSizes) {
+  // As they lie; where the picture that is resized stands, so does the source.
+  const Job jobs[] = {
+      {1920, 1080, 960, 540, pivra_txc_rsz_1080p_qhd},
+      {1280, 720, 960, 540, pivra_txc_rsz_720p_qhd},
+      {1920, 1080, 1280, 720, pivra_txc_rsz_1080p_720p},
+      {720, 1280, 540, 960, pivra_txc_rsz_720p_qhd},
+      {1080, 1920, 720, 1280, pivra_txc_rsz_1080p_720p},
+      {1920, 1088, 960, 544, pivra_rsz},
+      {1280, 720, 1280, 720, pivra_rsz},
+      {640, 480, 960, 540, pivra_rsz},
+      {640, 480, 1280, 720, pivra_rsz},
+      {1920, 1080, 640, 360, pivra_rsz_8b_down_special},
+      {1280, 720, 320, 180, pivra_rsz_8b_down_special},
+      {640, 360, 300, 170, pivra_rsz_8b_down_special},
+      {640, 360, 300, 100, pivra_rsz},
+      {640, 360, 80, 45, pivra_rsz},
+  };
+  for (const Job &job : jobs) {
+    expect_stages(job, PIVRA_FORMAT_NV12, 0);
+    expect_stages(job, PIVRA_FORMAT_NV12, 3);
+  }
+  expect_stages({1080, 1920, 960, 540, pivra_txc_rsz_1080p_qhd}, PIVRA_FORMAT_NV12, 1);
+  expect_stages({1920, 1080, 540, 960, pivra_txc_rsz_1080p_qhd}, PIVRA_FORMAT_NV12, 2);
+  expect_stages({1920, 1080, 720, 1280, pivra_txc_rsz_1080p_720p}, PIVRA_FORMAT_NV12, 1);
+}
+
+TEST(Transcode, RunsEveryStageAtRandomSizes) {
+  for (int round = 0; round < 300 && !testing::Test::HasFailure(); ++round) {
+    const Job job = {2 * random_in(4, 80), 2 * random_in(4, 80), random_in(1, 160),
+                     random_in(1, 160), nullptr};
+    const int32_t rows = job.src_height / job.dst_height, columns = job.src_width / job.dst_width;
+    const float shrink = float(job.src_width) / float(job.dst_width);
+    const bool special = rows == columns && shrink > 2 && shrink < 8;
+    expect_stages({job.src_width, job.src_height, job.dst_width, job.dst_height,
+                   special ? pivra_rsz_8b_down_special : pivra_rsz},
+                  kSources[random_in(0, 3)], static_cast<uint32_t>(random_in(0, 3)));
+  }
+}
+
+// --- Division by zero ---
+
+sigjmp_buf after_signal;
+void leave(int) { siglongjmp(after_signal, 1); }
+
+bool raises_sigfpe(Stream &stream, const ImageDesc &src, ImageDesc &dst) {
+  if (sigsetjmp(after_signal, 1) != 0) return true;
+  signal(SIGFPE, leave);
+  stream.run(src, dst, 0);
+  return false;
+}
+
+TEST(Transcode, DividesByZeroBeforeAnythingIsConverted) {
+  Picture src(PIVRA_FORMAT_YUV420, 64, 64), dst(PIVRA_FORMAT_NV12, 32, 32);
+  Stream stream;
+  ASSERT_EQ(stream.init(src.desc, dst.desc, 0), PIVRA_OK);
+  const GuardedPlane &block = *allocated.at(stream.conv.plane[0]).second;
+  const Bytes before = block.content();
+  for (const auto &[w, h] : {std::pair{0, 32}, {32, 0}, {0, 0}}) {
+    dst.desc.width[0] = w;
+    dst.desc.height[0] = h;
+    EXPECT_EXIT((signal(SIGFPE, SIG_DFL), stream.run(src.desc, dst.desc, 0)),
+                testing::KilledBySignal(SIGFPE), "");
+    EXPECT_TRUE(raises_sigfpe(stream, src.desc, dst.desc));
+    signal(SIGFPE, SIG_DFL);
+    EXPECT_EQ(block.content(), before);
+  }
+  dst.desc.format = PIVRA_FORMAT_NV21;
+  EXPECT_EQ(stream.run(src.desc, dst.desc, 0), PIVRA_REFUSED);
+  stream.deinit(0);
+}
+
+}  // namespace
