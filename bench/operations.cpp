@@ -118,6 +118,27 @@ void add_filters(List &list, Size size) {
       [](ImageDesc src, ImageDesc dst) { pivra_fpa(&src, &dst, 1); });
 }
 
+void add_fixed_ratios(List &list) {
+  // They keep so many rows of the source and do not touch the others.
+  constexpr Size k1080p = {1920, 1080}, k720p = {1280, 720}, kQhd = {960, 540};
+  constexpr struct {
+    const char *name;
+    pivra_txc_resizer *resize;
+    Size from, to;
+    double rows;
+  } kFixed[] = {{"txc_1080p_720p", pivra_txc_rsz_1080p_720p, k1080p, k720p, 2 / 3.},
+                {"txc_1080p_qhd", pivra_txc_rsz_1080p_qhd, k1080p, kQhd, 1 / 2.},
+                {"txc_720p_qhd", pivra_txc_rsz_720p_qhd, k720p, kQhd, 3 / 4.}};
+  for (const auto &[name, resize, from, to, rows] : kFixed) {
+    list.push_back({name,
+                    "txc",
+                    {PIVRA_FORMAT_NV12, from},
+                    {PIVRA_FORMAT_NV12, to},
+                    [resize = resize](ImageDesc src, ImageDesc dst) { resize(&src, &dst); },
+                    rows});
+  }
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -141,5 +162,6 @@ std::vector<Operation> operations(Size size) {
   add_copies(list, size);
   add_turns(list, size);
   add_filters(list, size);
+  add_fixed_ratios(list);
   return list;
 }

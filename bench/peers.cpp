@@ -7,6 +7,7 @@
 #include <libyuv/planar_functions.h>
 #include <libyuv/rotate.h>
 #include <libyuv/rotate_argb.h>
+#include <libyuv/scale.h>
 
 #include <cstring>
 #include <map>
@@ -138,6 +139,14 @@ Peer turned_32(libyuv::RotationMode mode) {
   }};
 }
 
+Peer scaled_nv12(libyuv::FilterMode filter) {
+  return {[=](const ImageDesc &s, const ImageDesc &d) {
+    libyuv::NV12Scale(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.width[0], s.height[0],
+                      d.plane[0], d.stride[0], d.plane[1], d.stride[1], d.width[0], d.height[0],
+                      filter);
+  }};
+}
+
 // To libyuv a picture of negative height is upside down.
 Peer upside_down(const Peer &peer) {
   return {[=](ImageDesc s, const ImageDesc &d) {
@@ -209,6 +218,8 @@ const Peer &find_peer(std::string_view kind) {
        by_way_of(PIVRA_FORMAT_BGRA8888, of_source, with(YUY2ToARGB), turned_32(kRotate90))},
       {"csc_rot_yuyv_to_bgra8888_180",
        by_way_of(PIVRA_FORMAT_BGRA8888, of_source, with(YUY2ToARGB), turned_32(kRotate180))},
+
+      {"txc", scaled_nv12(kFilterNone)},
 
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},

@@ -28,6 +28,7 @@ const std::vector<Group> kGroups = {
     {"half turns and mirrors", "rot_.*_(180|hori|vert)"},
     {"conversions with a turn", "csc_rot_.*"},
     {"filters", "detail_enh|dbf_yuv420|fpa|color_sat|dit_8b"},
+    {"fixed ratios", "txc_.*"},
 };
 
 // Bytes of a picture itself, without padding and what only fills the last tiles.
