@@ -139,6 +139,23 @@ void add_fixed_ratios(List &list) {
   }
 }
 
+void add_dithering_and_deblocking(List &list, Size size) {
+  const Frame grey = {PIVRA_FORMAT_YUV400, size};
+  const Frame planar = {PIVRA_FORMAT_YUV420, size};
+  add(list, "dbf_yuv420", planar, planar,
+      [](ImageDesc, ImageDesc dst) { pivra_dbf8x8_yuv(&dst, 12); });
+  add(list, "dit_8b", grey, grey, [](ImageDesc src, ImageDesc dst) {
+    pivra_dit_8b(src.plane[0], src.width[0], src.height[0], src.stride[0], dst.stride[0],
+                 dst.plane[0]);
+  });
+  for (const std::int32_t format :
+       {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV422N, PIVRA_FORMAT_YUV444}) {
+    add(list, join({"dit", name_of(format), "to_rgb565"}), {format, size},
+        {PIVRA_FORMAT_RGB565, size},
+        [](ImageDesc src, ImageDesc dst) { pivra_csc_dither(&src, &dst); });
+  }
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -163,5 +180,6 @@ std::vector<Operation> operations(Size size) {
   add_turns(list, size);
   add_filters(list, size);
   add_fixed_ratios(list);
+  add_dithering_and_deblocking(list, size);
   return list;
 }

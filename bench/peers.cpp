@@ -9,6 +9,7 @@
 #include <libyuv/rotate_argb.h>
 #include <libyuv/scale.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -179,6 +180,25 @@ Peer by_way_of(std::int32_t format, Size size_of(const ImageDesc &s, const Image
   }};
 }
 
+// The rule of pivra_dit_8b, sample by sample.
+void dither(const ImageDesc &s, const ImageDesc &d) {
+  copy_plane(s, d);
+  const std::ptrdiff_t width = s.width[0], height = s.height[0], stride = d.stride[0];
+  const auto change = [](Byte &sample, int by) {
+    sample = static_cast<Byte>(std::clamp(sample + by, 0, 255));
+  };
+  for (std::ptrdiff_t y = 1; y < height - 1; ++y) {
+    Byte *row = d.plane[0] + y * stride;
+    for (std::ptrdiff_t x = 2; x + 2 < width; x += 2) {
+      const Byte here = row[x];
+      change(row[x + 2], row[x - 1] > here ? 2 : -2);
+      const int below = row[x - stride] > here ? 1 : -1;
+      change(row[x + stride + 1], below);
+      change(row[x + stride], below);
+    }
+  }
+}
+
 void copy_rows(const ImageDesc &s, const ImageDesc &d) {
   const std::size_t bytes = pivra::describe(s.format, s.width[0], 1, nullptr).stride[0];
   for (std::ptrdiff_t y = 0; y < s.height[0]; ++y)
@@ -220,6 +240,8 @@ const Peer &find_peer(std::string_view kind) {
        by_way_of(PIVRA_FORMAT_BGRA8888, of_source, with(YUY2ToARGB), turned_32(kRotate180))},
 
       {"txc", scaled_nv12(kFilterNone)},
+
+      {"dit_8b", {dither, "scalar"}},
 
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},

@@ -58,5 +58,5 @@ void race_operation(benchmark::State &state, const Operation &operation) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  return run_races(argc, argv, {"libyuv", "memcpy"}, kGroups, race_operation);
+  return run_races(argc, argv, {"libyuv", "memcpy", "scalar"}, kGroups, race_operation);
 }
