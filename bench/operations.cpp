@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <random>
+#include <span>
 
 namespace {
 
@@ -73,6 +74,7 @@ constexpr struct Turn {
               {"180", PIVRA_ROT_180},
               {"hori", PIVRA_ROT_HORI},
               {"vert", PIVRA_ROT_VERT}};
+constexpr Turn kNoTurn = {"", PIVRA_ROT_COPY};
 
 void add_turns(List &list, Size size) {
   for (const std::int32_t format : {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12,
@@ -156,6 +158,55 @@ void add_dithering_and_deblocking(List &list, Size size) {
   }
 }
 
+struct Scale {
+  struct {
+    int times, by;
+  } width, height;
+
+  Size of(Size size) const {
+    return {size.width * width.times / width.by & ~1, size.height * height.times / height.by & ~1};
+  }
+  bool grows() const { return width.times > width.by || height.times > height.by; }
+};
+
+constexpr Scale kScales[] = {{{1, 2}, {1, 2}}, {{1, 4}, {1, 4}}, {{9, 16}, {101, 180}},
+                             {{3, 4}, {3, 4}}, {{1, 1}, {3, 4}}, {{3, 2}, {3, 2}},
+                             {{2, 1}, {2, 1}}};
+constexpr Scale kScalesOfCells[] = {{{2, 5}, {2, 5}}, {{1, 5}, {1, 5}}};
+
+// The operation at each scale, growing ones in both modes. Two samples meet at
+// most, so of a picture that shrinks to less than half of its rows not all are read.
+void add_scaled(List &list, const std::string &kind, Frame from, std::int32_t to,
+                std::span<const Scale> scales, const Turn &turn, const Call &run) {
+  for (const Scale &scale : scales) {
+    const Size scaled = scale.of(from.size), size = turn.of(scaled);
+    const std::string name =
+        kind + "_" + std::to_string(size.width) + "x" + std::to_string(size.height);
+    const double read = std::min(1.0, 2.0 * scaled.height / from.size.height);
+    list.push_back({name, kind, from, {to, size}, run, read});
+    if (scale.grows())
+      list.push_back({name + "_mode1", kind, from, {to, size}, run, read, PIVRA_RSZ_MODE1});
+  }
+}
+
+void add_resizes(List &list, Size size) {
+  for (const std::int32_t format :
+       {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_RGB565,
+        PIVRA_FORMAT_RGB888, PIVRA_FORMAT_RGBA8888}) {
+    add_scaled(list, join({"rsz", name_of(format)}), {format, size}, format, kScales, kNoTurn,
+               [](ImageDesc src, ImageDesc dst) { pivra_rsz(&src, &dst); });
+  }
+  for (const std::int32_t format : {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12}) {
+    for (const Turn &turn : std::span(kTurns).first(3)) {
+      add_scaled(list, join({"rsz_rot", name_of(format), turn.name}), {format, size}, format,
+                 kScales, turn,
+                 [turn](ImageDesc src, ImageDesc dst) { pivra_rsz_rot(&src, turn.code, &dst); });
+    }
+  }
+  add_scaled(list, "rsz_special_nv12", {PIVRA_FORMAT_NV12, size}, PIVRA_FORMAT_NV12, kScalesOfCells,
+             kNoTurn, [](ImageDesc src, ImageDesc dst) { pivra_rsz_8b_down_special(&src, &dst); });
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -181,5 +232,6 @@ std::vector<Operation> operations(Size size) {
   add_filters(list, size);
   add_fixed_ratios(list);
   add_dithering_and_deblocking(list, size);
+  add_resizes(list, size);
   return list;
 }

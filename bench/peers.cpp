@@ -8,6 +8,8 @@
 #include <libyuv/rotate.h>
 #include <libyuv/rotate_argb.h>
 #include <libyuv/scale.h>
+#include <libyuv/scale_argb.h>
+#include <libyuv/scale_rgb.h>
 
 #include <algorithm>
 #include <cstring>
@@ -140,6 +142,27 @@ Peer turned_32(libyuv::RotationMode mode) {
   }};
 }
 
+// The box filter gives way to the bilinear one where sizes are less than halved.
+constexpr libyuv::FilterMode kFilter = libyuv::kFilterBox;
+
+void scale_yuv400(const ImageDesc &s, const ImageDesc &d) {
+  libyuv::ScalePlane(s.plane[0], s.stride[0], s.width[0], s.height[0], d.plane[0], d.stride[0],
+                     d.width[0], d.height[0], kFilter);
+}
+void scale_yuv420(const ImageDesc &s, const ImageDesc &d) {
+  libyuv::I420Scale(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.plane[2], s.stride[2],
+                    s.width[0], s.height[0], d.plane[0], d.stride[0], d.plane[1], d.stride[1],
+                    d.plane[2], d.stride[2], d.width[0], d.height[0], kFilter);
+}
+void scale_rgb888(const ImageDesc &s, const ImageDesc &d) {
+  libyuv::RGBScale(s.plane[0], s.stride[0], s.width[0], s.height[0], d.plane[0], d.stride[0],
+                   d.width[0], d.height[0], kFilter);
+}
+void scale_rgba8888(const ImageDesc &s, const ImageDesc &d) {
+  libyuv::ARGBScale(s.plane[0], s.stride[0], s.width[0], s.height[0], d.plane[0], d.stride[0],
+                    d.width[0], d.height[0], kFilter);
+}
+
 Peer scaled_nv12(libyuv::FilterMode filter) {
   return {[=](const ImageDesc &s, const ImageDesc &d) {
     libyuv::NV12Scale(s.plane[0], s.stride[0], s.plane[1], s.stride[1], s.width[0], s.height[0],
@@ -165,6 +188,8 @@ void mirror_pairs(const ImageDesc &s, const ImageDesc &d) {
 }
 
 // What takes libyuv two steps, with a picture of `format` and some size between them.
+Size of_result(const ImageDesc &, const ImageDesc &d) { return {d.width[0], d.height[0]}; }
+Size of_result_turned(const ImageDesc &, const ImageDesc &d) { return {d.height[0], d.width[0]}; }
 Size of_source(const ImageDesc &s, const ImageDesc &) { return {s.width[0], s.height[0]}; }
 
 Peer by_way_of(std::int32_t format, Size size_of(const ImageDesc &s, const ImageDesc &d),
@@ -242,6 +267,19 @@ const Peer &find_peer(std::string_view kind) {
       {"txc", scaled_nv12(kFilterNone)},
 
       {"dit_8b", {dither, "scalar"}},
+
+      {"rsz_yuv400", {scale_yuv400}},
+      {"rsz_yuv420", {scale_yuv420}},
+      {"rsz_nv12", scaled_nv12(kFilter)},
+      {"rsz_rgb888", {scale_rgb888}},
+      {"rsz_rgba8888", {scale_rgba8888}},
+      {"rsz_special_nv12", scaled_nv12(kFilter)},
+      {"rsz_rot_yuv420_90l",
+       by_way_of(PIVRA_FORMAT_YUV420, of_result_turned, {scale_yuv420}, turned(kRotate270))},
+      {"rsz_rot_yuv420_90r",
+       by_way_of(PIVRA_FORMAT_YUV420, of_result_turned, {scale_yuv420}, turned(kRotate90))},
+      {"rsz_rot_yuv420_180",
+       by_way_of(PIVRA_FORMAT_YUV420, of_result, {scale_yuv420}, turned(kRotate180))},
 
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},

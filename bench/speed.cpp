@@ -29,6 +29,13 @@ const std::vector<Group> kGroups = {
     {"conversions with a turn", "csc_rot_.*"},
     {"filters", "detail_enh|dbf_yuv420|fpa|color_sat|dit_8b"},
     {"fixed ratios", "txc_.*"},
+    {"resizes of yuv420, nv12, rgba8888",
+     "rsz_(yuv420_.*|nv12_(640x360|720x404|960x540|1920x1080|2560x1440).*"
+     "|rgba8888_(640x360|960x540|1920x1080).*)"},
+    {"resizes of these, rgb565, rgb888",
+     "rsz_(yuv420_.*|nv12_(640x360|720x404|960x540|1920x1080|2560x1440).*"
+     "|(rgba8888|rgb565|rgb888)_(640x360|960x540|1920x1080).*)"},
+    {"resizes with a turn", "rsz_rot_yuv420_.*"},
 };
 
 // Bytes of a picture itself, without padding and what only fills the last tiles.
