@@ -66,7 +66,7 @@ class AxisSteps {
   GrowSteps grow_;
 };
 
-// The outputs strip by strip, at most `limit` in each.
+// The outputs strip by strip, at most `limit` in each, or in whole rows.
 class AxisWalk {
  public:
   AxisWalk(const Axis &axis, int32_t limit)
@@ -76,6 +76,7 @@ class AxisWalk {
               limit) {}
 
   bool next(Strip &strip) { return grows_ ? grow_.next(strip) : shrink_.next(strip); }
+  bool next(Row &row) { return grows_ ? grow_.next(row) : shrink_.next(row); }
 
  private:
   bool grows_;

@@ -25,15 +25,15 @@ class PlaneRows {
 // numbers, but for the one before the last.
 class MadeRows {
  public:
-  MadeRows(const Engine &engine, const Axis &across, const Strip &strip, Source src,
-           Scratch scratch, int32_t lines_at_once)
+  MadeRows(const Engine &engine, const Axis &across, const Row &strip, Source src, Scratch scratch,
+           int32_t lines_at_once)
       : engine_(engine),
         across_(across),
         strip_(strip),
-        src_(src, strip.source * engine.bytes),
+        src_(src, strip.body.source * engine.bytes),
         kept_(scratch.kept),
-        first_(scratch.first + (kept_ ? strip.first * engine.bytes : 0)),
-        pitch_((kept_ ? across.outputs : strip.count) * engine.bytes),
+        first_(scratch.first + (kept_ ? strip.body.first * engine.bytes : 0)),
+        pitch_((kept_ ? across.outputs : strip.count()) * engine.bytes),
         mask_(kept_ ? INT32_MAX : 2 * lines_at_once - 1) {}
 
   const uint8_t *operator()(ptrdiff_t row) {
@@ -51,7 +51,7 @@ class MadeRows {
 
   const Engine &engine_;
   const Axis &across_;
-  const Strip &strip_;
+  const Row &strip_;
   PlaneRows src_;
   bool kept_;
   uint8_t *first_;
@@ -72,7 +72,7 @@ struct Line {
 // Columns x .. x + width - 1 of every line, out of such rows.
 template <class Rows>
 void make_lines(const Engine &engine, const Axis &down, Rows &rows, const Place &place, ptrdiff_t x,
-                int32_t width) {
+                ptrdiff_t width) {
   AxisSteps steps(down);
   Line lines[Place::kLines];
   for (int32_t first = 0, count; first < down.outputs; first += count) {
@@ -98,17 +98,25 @@ void shrink_both(Shape shape, const Axis &across, const Axis &down, Source src, 
   const Axis carries = {down.rule, down.outputs, 0, 0, down.remainder};
   const Engine engine(shape);
   AxisWalk walk(across, place.strip(engine.limit));
-  Strip strip;
-  while (engine.next(walk, strip)) {
-    const uint8_t *columns = src.first + strip.source * engine.bytes;
+  Row strip;
+  while (engine.next(walk, strip, place.whole_rows())) {
+    const uint8_t *columns = src.first + strip.body.source * engine.bytes;
+    if (down.rule == Axis::kPairs) {
+      place.write_alike(strip.body.first, strip.count(),
+                        [&](int32_t first, int32_t count, uint8_t *out, ptrdiff_t stride) {
+                          engine.shrink_lines(strip, {columns + first * row_step, row_step},
+                                              src.stride, count, out, stride);
+                        });
+      continue;
+    }
     AxisSteps steps(carries);
     for (int32_t first = 0, count; first < down.outputs; first += count) {
       count = smaller(place.band(), down.outputs - first);
-      place.write(first, count, strip.first, strip.count,
+      place.write(first, count, strip.body.first, strip.count(),
                   [&](int32_t line, uint8_t *out, const uint8_t *) {
                     const GrowStep step = steps.next();
                     const uint8_t *top = columns + (first + line) * row_step + step.at * src.stride;
-                    engine.shrink(strip, top, step.pair ? top + src.stride : nullptr, out);
+                    engine.shrink(strip, top, step.pair ? src.stride : 0, out);
                   });
     }
   }
@@ -117,11 +125,10 @@ void shrink_both(Shape shape, const Axis &across, const Axis &down, Source src, 
 void resize_width(Shape shape, const Axis &across, Source src, int32_t rows, uint8_t *dst) {
   const Engine engine(shape);
   AxisWalk walk(across, engine.limit);
-  Strip strip;
-  while (engine.next(walk, strip))
-    for (ptrdiff_t row = 0; row < rows; ++row)
-      engine.resize(across, strip, src.first + row * src.stride + strip.source * engine.bytes,
-                    dst + (row * across.outputs + strip.first) * engine.bytes);
+  Row strip;
+  while (engine.next(walk, strip, true))
+    engine.resize_lines(across, strip, {src.first + strip.body.source * engine.bytes, src.stride},
+                        rows, dst + strip.body.first * engine.bytes, across.outputs * engine.bytes);
 }
 
 void resize_height(Shape shape, const Axis &down, Source src, const Place &place) {
@@ -138,10 +145,10 @@ void resize_both(Shape shape, const Axis &across, const Axis &down, Source src, 
   if (across.copies() && !scratch.kept) return resize_height(shape, down, src, place);
   const Engine engine(shape);
   AxisWalk walk(across, place.strip(engine.limit));
-  Strip strip;
-  while (engine.next(walk, strip)) {
+  Row strip;
+  while (engine.next(walk, strip, place.whole_rows())) {
     MadeRows made(engine, across, strip, src, scratch, place.band());
-    make_lines(engine, down, made, place, strip.first, strip.count);
+    make_lines(engine, down, made, place, strip.body.first, strip.count());
     if (scratch.kept) made.make_until(rows - 1);
   }
 }

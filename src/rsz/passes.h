@@ -8,16 +8,11 @@
 #include <stdint.h>
 
 #include "rsz/axis.h"
+#include "rsz/engine.h"
 #include "rsz/place.h"
 #include "rsz/shape.h"
 
 namespace pivra {
-
-// A plane that is read; the stride is bytes.
-struct Source {
-  const uint8_t *first;
-  ptrdiff_t stride;
-};
 
 // Both directions shrink: line t is made of the row at t x row_step, plus a stride for
 // every carry before it, and of the row a stride below that; the quotient of `down` is

@@ -9,6 +9,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/bounds.h"
 #include "pivra.h"
 #include "rsz/shape.h"
 #include "turn/turn.h"
@@ -41,35 +42,45 @@ class Place {
   int32_t columns() const { return columns_; }
   int32_t lines() const { return lines_; }
 
-  // How many columns and lines at once suit the place.
+  // How many columns and lines at once suit the place, unless it takes whole rows.
+  bool whole_rows() const { return turn_ == nullptr; }
   int32_t strip(int32_t limit) const {
     const int32_t turned = kTurnedBytes / bytes_;
     return turn_ == nullptr || limit < turned ? limit : turned;
   }
   int32_t band() const { return turn_ == nullptr ? kStraightLines : kLines / bytes_; }
 
-  // Lines `first` .. `first` + count - 1 of columns x .. x + width - 1:
-  // make(line, out, before) writes one, in order, line counting from 0; `before` is where
-  // the last one went, unless it is the first.
+  // Columns x .. x + width - 1 of lines `first` .. `first` + count - 1, a band of them:
+  // make(line, out, before) writes one line, in order and counting from 0; `before` is
+  // where the last one went, unless it is the first.
   template <class Make>
-  void write(int32_t first, int32_t count, ptrdiff_t x, int32_t width, Make make) const {
-    if (turn_ == nullptr) {
-      uint8_t *out = dst_ + first * stride_ + x * bytes_;
-      make_all(count, out, stride_, make);
-      return;
+  void write(int32_t first, int32_t count, ptrdiff_t x, ptrdiff_t width, Make make) const {
+    write_block(first, count, x, width, [&](uint8_t *out, ptrdiff_t stride) {
+      const uint8_t *before = nullptr;
+      for (int32_t line = 0; line < count; ++line, before = out, out += stride)
+        make(line, out, before);
+    });
+  }
+
+  // Of all lines: make(first, count, out, stride) writes some.
+  template <class Make>
+  void write_alike(ptrdiff_t x, ptrdiff_t width, Make make) const {
+    const int32_t most = turn_ == nullptr ? lines_ : band();
+    for (int32_t first = 0; first < lines_; first += most) {
+      const int32_t count = smaller(most, lines_ - first);
+      write_block(first, count, x, width,
+                  [&](uint8_t *out, ptrdiff_t stride) { make(first, count, out, stride); });
     }
-    constexpr ptrdiff_t kPitch = kTurnedBytes + 64;  // no power of two, for the cache's sake
-    uint8_t band[kLines * kPitch];
-    make_all(count, band, kPitch, make);
-    turn_(band, {x, first, width, count}, kPitch, columns_, lines_, stride_, dst_);
   }
 
  private:
   template <class Make>
-  static void make_all(int32_t count, uint8_t *out, ptrdiff_t pitch, Make make) {
-    const uint8_t *before = nullptr;
-    for (int32_t line = 0; line < count; ++line, before = out, out += pitch)
-      make(line, out, before);
+  void write_block(int32_t first, int32_t count, ptrdiff_t x, ptrdiff_t width, Make make) const {
+    if (turn_ == nullptr) return make(dst_ + first * stride_ + x * bytes_, stride_);
+    constexpr ptrdiff_t kPitch = kTurnedBytes + 64;  // no power of two, for the cache's sake
+    uint8_t band[kLines * kPitch];
+    make(band, kPitch);
+    turn_(band, {x, first, width, count}, kPitch, columns_, lines_, stride_, dst_);
   }
 
   typedef void TurnInto(const uint8_t *src, Block block, ptrdiff_t src_stride, ptrdiff_t width,

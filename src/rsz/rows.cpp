@@ -58,7 +58,7 @@ PIVRA_INLINE void for_each_block(const Strip &strip, uint8_t *dst, Block block) 
   const uint8_t *index = strip.index;
   const ptrdiff_t bytes = ptrdiff_t{strip.count} * kBytesOf<Sample>;
   for (ptrdiff_t x = 0, i = 0; x < bytes; x += kBlock, ++i) {
-    store_bytes(dst + (x < bytes - kBlock ? x : bytes - kBlock), block(from, index, i));
+    store_bytes(dst + block_at(x, bytes), block(from, index, i));
     from += 2 * kWindowsOfTaps<windows>;
     index += 2 * kBlock;
   }
@@ -145,7 +145,7 @@ PIVRA_INLINE void halve_rows(uint32_t outputs, const uint8_t *p, ptrdiff_t below
 
 PIVRA_INLINE void double_row(const uint8_t *src, ptrdiff_t samples, uint8_t *dst) {
   for (ptrdiff_t x = 0; x < samples; x += kBlock) {
-    const ptrdiff_t at = x < samples - kBlock ? x : samples - kBlock;
+    const ptrdiff_t at = block_at(x, samples);
     const Whole c = load_bytes(src + at);
     store_pairs(dst + 2 * at, c, truncated_mean(c, load_bytes(src + at + 1)));
   }

@@ -34,13 +34,21 @@ PIVRA_INLINE Word mean_of_fields(Word a, Word b, Word c, Word d) {
   return mean_of_fields<kLowest>(ab, cd) + ((a ^ b) & (c ^ d) & (ab ^ cd) & kLowest);
 }
 
+// The mix of one field of either; of the result, the lowest 8 bits or as many as the
+// field has.
 PIVRA_INLINE uint32_t mixed(const Mix &mix, uint32_t c, uint32_t n) {
   return ((c * mix.c + n * mix.n) & 0xFFFF) * mix.factor >> 24;
 }
 
 #if PIVRA_VECTORS
 
-// Of a ramp or of small divisors.
+// Where the block at x begins in a row of so many: the last one overlaps the one before
+// it rather than running past the end.
+PIVRA_INLINE ptrdiff_t block_at(ptrdiff_t x, ptrdiff_t count) {
+  return x < count - kBlock ? x : count - kBlock;
+}
+
+// Sums of ramps are divided by 64, others by their small divisors.
 template <bool kRamp>
 PIVRA_INLINE U16 quotient(U16 sum, U16 factor) {
   return kRamp ? sum >> 6 : divide(sum, factor);

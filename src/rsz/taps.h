@@ -16,12 +16,6 @@ namespace pivra::PIVRA_LEVEL {
 template <class Sample>
 constexpr int32_t kBytesOf = Sample::kUnits *int32_t{sizeof(typename Sample::Unit)};
 
-// Where the last block begins that a row of so many bytes has from x on: blocks
-// overlap rather than running past the end.
-PIVRA_INLINE int32_t block_at(int32_t x, int32_t bytes) {
-  return x < bytes - kBlock ? x : bytes - kBlock;
-}
-
 // Where the bytes of two registers of taps are found in a list of the first taps of a
 // block's bytes and then their second ones.
 struct TapList {
@@ -49,7 +43,8 @@ static bool plan_windows(Strip &strip) {
   uint8_t *index = strip.index;
   for (int32_t x = 0; x < bytes; x += kBlock) {
     int32_t source[2 * kBlock];
-    for (int32_t i = 0, byte = block_at(x, bytes); i < kBlock; ++i, ++byte) {
+    auto byte = static_cast<int32_t>(block_at(x, bytes));
+    for (int32_t i = 0; i < kBlock; ++i, ++byte) {
       const int32_t sample = byte / kBytes;
       source[i] = strip.at[sample] * kBytes + byte % kBytes;
       source[kBlock + i] = source[i] + strip.pair[sample] * kBytes;
@@ -96,7 +91,7 @@ static bool plan_weights(Strip &strip) {
   uint8_t *weight = strip.weight;
   uint16_t *factor = strip.factor;
   for (int32_t x = 0; x < bytes; x += kBlock) {
-    const int32_t first = block_at(x, bytes);
+    const auto first = static_cast<int32_t>(block_at(x, bytes));
     Sample::lay_weights([&](int32_t i) -> const Mix & { return strip.mix[(first + i) / kBytes]; },
                         weight, factor);
     weight += 2 * kBlock;

@@ -73,6 +73,15 @@ constexpr uint32_t kLastDivisor = 256;
 static_assert(divisors_multiply_exactly(9, kLastDivisor, 24));
 static_assert(divisors_multiply_exactly(9, 16, 18));
 
+static constexpr int64_t common_divisor(int64_t a, int64_t b) {
+  while (b != 0) {
+    const int64_t rest = a % b;
+    a = b;
+    b = rest;
+  }
+  return a;
+}
+
 // What an output is made of: sample `at` and, if `pair`, the next one.
 struct ShrinkStep {
   ptrdiff_t at;
@@ -107,6 +116,16 @@ class ShrinkSteps {
     at_ += ptrdiff_t{outputs} * quotient_;
     return from;
   }
+
+  // After so many outputs, and as many samples as they take, all is as at the start; 0: never.
+  int64_t period() const {
+    const bool known = 0 <= remainder_ && remainder_ < outputs_;
+    return known ? outputs_ / common_divisor(outputs_, remainder_) : 0;
+  }
+  ptrdiff_t at() const { return at_; }
+  void move_on(ptrdiff_t samples) { at_ += samples; }
+  // How often so many samples may be gone through alike.
+  static ptrdiff_t repeats(ptrdiff_t) { return PTRDIFF_MAX; }
 
  private:
   int32_t outputs_, quotient_, remainder_;
@@ -157,6 +176,16 @@ class GrowSteps {
     }
     return step;
   }
+
+  // As of ShrinkSteps; the last sample is not like the others.
+  int64_t period() const {
+    if (remainder_ < 0 || remainder_ >= samples_) return 0;
+    const int64_t divisor = common_divisor(samples_, remainder_);
+    return samples_ / divisor * quotient_ + remainder_ / divisor;
+  }
+  ptrdiff_t at() const { return at_; }
+  void move_on(ptrdiff_t samples) { at_ += samples; }
+  ptrdiff_t repeats(ptrdiff_t samples) const { return samples > 0 ? last_ / samples : 0; }
 
  private:
   void begin_group() {
@@ -212,7 +241,7 @@ struct Strip {
   int32_t blocks;   // of outputs; 0: no vectors
   int32_t windows;  // of a register's part
   bool ramp;        // every mix is out of 64
-  int32_t plain;    // so many outputs, from the first on, are halved or doubled as they lie
+  int32_t plain;    // so many first outputs are of halved or doubled rows of bytes
   int32_t from[kStripBytes / 2];
   alignas(64) uint8_t index[2 * kStripBytes];
   alignas(64) uint8_t weight[2 * kStripBytes];
@@ -237,10 +266,22 @@ class StripCutter {
     done_ += strip.count;
     return true;
   }
+  bool at_start() const { return done_ == 0; }
+  void finish() { done_ = outputs_; }
 
  private:
   ptrdiff_t outputs_, done_ = 0;
   int32_t length_ = 0;
+};
+
+// A strip, or a whole row: `repeats` strips that are alike, each `advance` samples behind
+// the one before, and perhaps one for what is left.
+struct Row {
+  Strip body, tail;
+  int32_t repeats;
+  ptrdiff_t advance;
+
+  ptrdiff_t count() const { return ptrdiff_t{repeats} * body.count + tail.count; }
 };
 
 // Steps as strips.
@@ -250,19 +291,57 @@ class Walk {
   // Fills in the next strip; whether there is one.
   bool next(Strip &strip) {
     if (!cutter_.cut(strip)) return false;
+    take(strip);
+    return true;
+  }
+
+  // The same, or at once the whole row if two strips do for it.
+  bool next(Row &row) {
+    if (cutter_.at_start() && fill_whole_row(row)) return true;
+    row.repeats = 1;
+    row.advance = 0;
+    row.tail.count = 0;
+    return next(row.body);
+  }
+
+ protected:
+  Walk(int32_t outputs, int32_t limit, const Steps &steps)
+      : outputs_(outputs), limit_(limit), cutter_(outputs, limit), steps_(steps) {}
+
+ private:
+  // Whether the row repeats itself soon enough.
+  bool fill_whole_row(Row &row) {
+    const int64_t period = steps_.period(), in_64s = period * 64 / common_divisor(period, 64);
+    if (outputs_ <= limit_ || period <= 0 || in_64s > limit_) return false;
+    const Steps start = steps_;
+    const int64_t strips = (outputs_ + limit_ - 1) / limit_;
+    const int64_t even = (outputs_ + strips * in_64s - 1) / (strips * in_64s) * in_64s;
+    const auto length = static_cast<int32_t>(even <= limit_ ? even : limit_ / in_64s * in_64s);
+    row.body.first = 0;
+    row.body.count = length;
+    take(row.body);
+    row.advance = steps_.at() - row.body.source;
+    const ptrdiff_t most = steps_.repeats(row.advance), fits = outputs_ / length;
+    row.repeats = static_cast<int32_t>(fits < most ? fits : most);
+    row.tail.first = ptrdiff_t{row.repeats} * length;
+    row.tail.count = static_cast<int32_t>(outputs_ - row.tail.first);
+    if (row.repeats < 1 || row.tail.count > limit_) {
+      steps_ = start;
+      return false;
+    }
+    steps_.move_on((row.repeats - 1) * row.advance);
+    if (row.tail.count > 0) take(row.tail);
+    cutter_.finish();
+    return true;
+  }
+
+  void take(Strip &strip) {
     Steps steps = steps_;
     strip.all_means = steps.all_means();
     strip.whole = steps.whole();
     fill(strip, steps);
     steps_ = steps;
-    return true;
   }
-
- protected:
-  Walk(int32_t outputs, int32_t limit, const Steps &steps)
-      : cutter_(outputs, limit), steps_(steps) {}
-
- private:
   static void fill(Strip &strip, Steps &steps) {
     if constexpr (Steps::kSkips)
       if (strip.whole != 0) return fill_whole(strip, steps);
@@ -288,6 +367,7 @@ class Walk {
   static void keep_mix(Strip &, int32_t, const ShrinkStep &) {}
   static void keep_mix(Strip &strip, int32_t i, const GrowStep &step) { strip.mix[i] = step.mix; }
 
+  int32_t outputs_, limit_;
   StripCutter cutter_;
   Steps steps_;
 };
