@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <optional>
 #include <random>
 #include <span>
 
@@ -207,6 +209,32 @@ void add_resizes(List &list, Size size) {
              kNoTurn, [](ImageDesc src, ImageDesc dst) { pivra_rsz_8b_down_special(&src, &dst); });
 }
 
+// The context of a stream, made with its first frame.
+struct Transcoder {
+  std::uint32_t turn;
+  ImageDesc converted = {}, resized = {};
+
+  Transcoder(const ImageDesc &src, const ImageDesc &dst, std::uint32_t code) : turn(code) {
+    pivra_txc_csc_rsz_rot_init(&src, &dst, turn, &converted, &resized);
+  }
+  Transcoder(const Transcoder &) = delete;
+  ~Transcoder() { pivra_txc_csc_rsz_rot_deinit(turn, &converted, &resized); }
+};
+
+void add_transcoding(List &list, Size size) {
+  constexpr Scale kScale[] = {{{3, 4}, {3, 4}}};
+  for (const std::int32_t format : {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_T64X32}) {
+    const Turn &turn = kTurns[0];
+    const auto context = std::make_shared<std::optional<Transcoder>>();
+    add_scaled(list, join({"transcode", name_of(format), turn.name}), {format, size},
+               PIVRA_FORMAT_NV12, kScale, turn, [=](ImageDesc src, ImageDesc dst) {
+                 if (!*context) context->emplace(src, dst, turn.code);
+                 Transcoder &made = **context;
+                 pivra_txc_csc_rsz_rot(&src, &dst, made.turn, &made.converted, &made.resized);
+               });
+  }
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -233,5 +261,6 @@ std::vector<Operation> operations(Size size) {
   add_fixed_ratios(list);
   add_dithering_and_deblocking(list, size);
   add_resizes(list, size);
+  add_transcoding(list, size);
   return list;
 }

@@ -281,6 +281,10 @@ const Peer &find_peer(std::string_view kind) {
       {"rsz_rot_yuv420_180",
        by_way_of(PIVRA_FORMAT_YUV420, of_result, {scale_yuv420}, turned(kRotate180))},
 
+      {"transcode_yuv420_90l",
+       by_way_of(PIVRA_FORMAT_YUV420, of_result_turned, {scale_yuv420},
+                 by_way_of(PIVRA_FORMAT_YUV420, of_result, turned(kRotate270), with(I420ToNV12)))},
+
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},
       {"yuv420_to_rgb888", with(I420ToRAW)},

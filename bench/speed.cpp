@@ -36,6 +36,7 @@ const std::vector<Group> kGroups = {
      "rsz_(yuv420_.*|nv12_(640x360|720x404|960x540|1920x1080|2560x1440).*"
      "|(rgba8888|rgb565|rgb888)_(640x360|960x540|1920x1080).*)"},
     {"resizes with a turn", "rsz_rot_yuv420_.*"},
+    {"transcoding", "transcode_.*"},
 };
 
 // Bytes of a picture itself, without padding and what only fills the last tiles.
