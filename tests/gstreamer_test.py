@@ -63,7 +63,7 @@ class Tiles(unittest.TestCase):
 
     def test_frame_of_the_clip(self):
         run("ffmpeg", "-nostdin", "-loglevel", "error", "-y", "-ss", "2",
-            "-i", run(SCRIPTS / "clip").strip(), "-frames:v", "1", "-pix_fmt", "nv12",
+            "-i", run(SCRIPTS / "material", "cockatoo").strip(), "-frames:v", "1", "-pix_fmt", "nv12",
             "-f", "rawvideo", self.target)
         self.check(self.target.read_bytes(), CLIP_SIZE)
 
