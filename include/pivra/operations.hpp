@@ -360,6 +360,7 @@ enum class Red : std::int32_t { kLeft = 1, kRight = 2 };
  *
  * @param src  rgb888, the left view beside the right one: of an even width.
  * @param dst  rgb888, half as wide and as high. It does not overlap src.
+ * @param red  the view that red is taken from.
  * @throws std::invalid_argument  if check() refuses a picture, or they do not match.
  */
 inline void make_anaglyph(const ImageDesc &src, const ImageDesc &dst, Red red = Red::kLeft) {
@@ -380,6 +381,114 @@ inline void make_anaglyph(const ImageDesc &src, const ImageDesc &dst, Red red = 
     throw std::runtime_error("libpivra refused the pictures");
   if (result.copied()) detail::copy_rows(result.desc(), dst, width / 2, height);
 }
+
+/* ------------------------------------------------------------------------ */
+/* Transcoding                                                              */
+/* ------------------------------------------------------------------------ */
+
+/** Whether a Transcoder takes pictures of a format. */
+constexpr bool transcodes(std::int32_t format) {
+  return format == PIVRA_FORMAT_YUV420 || format == PIVRA_FORMAT_NV12 ||
+         format == PIVRA_FORMAT_T64X32;
+}
+
+/**
+ * Makes nv12 frames of another size and orientation of those of a decoder, one after the
+ * other, through pictures that it allocates once.
+ */
+class Transcoder {
+ public:
+  /**
+   * @param src, dst  shapes of the frames, whose planes are not looked at: src of a format that
+   *                  transcodes(), dst nv12, both of even sizes from 8 x 8 up.
+   * @param turn      no turn, a quarter turn or a half turn.
+   * @throws std::invalid_argument  for anything else.
+   */
+  Transcoder(const ImageDesc &src, Turn turn, const ImageDesc &dst) : src_(src), dst_(dst) {
+    if (!transcodes(src.format)) detail::refuse("only yuv420, nv12 and t64x32 are transcoded");
+    detail::require_format(dst, PIVRA_FORMAT_NV12);
+    if (turn > Turn::k180) detail::refuse("pictures are not mirrored by transcoding");
+    for (const ImageDesc *desc : {&src_, &dst_}) {
+      detail::require_size(desc->width[0], desc->height[0], kMinimumSize);
+      if (desc->width[0] % 2 != 0 || desc->height[0] % 2 != 0)
+        detail::refuse("the size " + detail::size_text(desc->width[0], desc->height[0]) +
+                       " is odd");
+    }
+    turn_ = turn;
+    if (in_one_call()) {
+      pivra_txc_csc_rsz_rot_init(&src_, &dst_, code(), &between_[0], &between_[1]);
+      if (!between_[0].plane[0] || (turn_ != Turn::kNone && !between_[1].plane[0])) {
+        release();
+        throw std::bad_alloc();
+      }
+    } else if (src.format != PIVRA_FORMAT_NV12) {
+      converted_.emplace(PIVRA_FORMAT_NV12, src.width[0], src.height[0]);
+    }
+  }
+  Transcoder(const Transcoder &) = delete;
+  Transcoder &operator=(const Transcoder &) = delete;
+  ~Transcoder() { release(); }
+
+  /**
+   * Transcodes a frame of the shapes given before.
+   * @throws std::invalid_argument  if check() refuses one, or its shape is another.
+   */
+  void run(const ImageDesc &src, const ImageDesc &dst) {
+    detail::check_both(src, dst);
+    detail::require_format(dst, PIVRA_FORMAT_NV12);
+    detail::require_size_of(dst, dst_.width[0], dst_.height[0]);
+    if (src.format != src_.format || src.width[0] != src_.width[0] ||
+        src.height[0] != src_.height[0])
+      detail::refuse("the source has another shape than was agreed");
+    // Of the padding of nv12 the fixed and the special kernels are told, but not all heed it.
+    if (between_[0].plane[0] &&
+        (src.format != PIVRA_FORMAT_NV12 || src.stride[0] == src.width[0])) {
+      ImageDesc to = dst;
+      pivra_txc_csc_rsz_rot(&src, &to, code(), &between_[0], &between_[1]);
+      return;
+    }
+    if (!converted_) return resize(src, turn_, dst);
+    convert(src, converted_->desc());
+    resize(converted_->desc(), turn_, dst);
+  }
+
+  /** Whether frames are transcoded by pivra_txc_csc_rsz_rot(), not step by step. */
+  bool in_one_call() const {
+    const bool quarter = is_quarter(turn_);
+    const std::int32_t w = src_.width[0], h = src_.height[0];
+    const std::int32_t dw = quarter ? dst_.height[0] : dst_.width[0],
+                       dh = quarter ? dst_.width[0] : dst_.height[0];
+    // Contiguous planes are copied in steps of 16 bytes.
+    if (w % 8 != 0 || h % 8 != 0) return false;
+    // The kernels of fixed ratios give these sizes only, standing or not.
+    const bool fixed =
+        (one_of(dst_, 960, 540) && (one_of(src_, 1920, 1080) || one_of(src_, 1280, 720))) ||
+        (one_of(dst_, 1280, 720) && one_of(src_, 1920, 1080));
+    if (fixed) return w > h && dw > dh;
+    // The special kernel is chosen by the turned size, but made for a factor of 2 to 4 or 4 to 8.
+    const bool special =
+        w / dst_.width[0] == h / dst_.height[0] && w > 2 * dst_.width[0] && w < 8 * dst_.width[0];
+    const auto factor = [](std::int32_t from, std::int32_t to) {
+      return from / to >= 8 ? 0 : from / to >= 4 ? 4 : from / to >= 2 ? 2 : 0;
+    };
+    return !special || (factor(w, dw) != 0 && factor(w, dw) == factor(h, dh));
+  }
+
+ private:
+  static bool one_of(const ImageDesc &desc, std::int32_t width, std::int32_t height) {
+    return (desc.width[0] == width && desc.height[0] == height) ||
+           (desc.width[0] == height && desc.height[0] == width);
+  }
+  std::uint32_t code() const { return static_cast<std::uint32_t>(turn_); }
+  void release() {
+    if (between_[0].plane[0]) pivra_txc_csc_rsz_rot_deinit(code(), &between_[0], &between_[1]);
+    between_[0].plane[0] = nullptr;
+  }
+
+  ImageDesc src_, dst_, between_[2] = {};
+  Turn turn_ = Turn::kNone;
+  std::optional<Picture> converted_;
+};
 
 }  // namespace pivra
 

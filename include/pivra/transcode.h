@@ -131,8 +131,10 @@ PIVRA_API int32_t pivra_txc_csc_rsz_rot_init(const ImageDesc *src, const ImageDe
  *
  * What the stages report is ignored: what one of them refuses keeps its pixels.
  *
- * @param src   yuv420, nv12, t64x32 or t16x16.
- * @param dst   nv12.
+ * @param src        yuv420, nv12, t64x32 or t16x16.
+ * @param dst        nv12.
+ * @param rotation   see above.
+ * @param conv, rot  the pictures in between.
  * @return PIVRA_OK; PIVRA_REFUSED, and nothing is written, for other formats and
  *         another rotation.
  */
