@@ -24,7 +24,7 @@ def main():
 
     told = set(OPTION.findall(groff(args.pages[0]).split("EXAMPLES")[0]))
     known = set(OPTION.findall(run(args.tool, "--help")))
-    for command in ("convert", "anaglyph"):
+    for command in ("convert", "anaglyph", "transcode"):
         known |= set(OPTION.findall(run(args.tool, command, "--help").split("Formats go")[0]))
     assert told == known, f"told or known, but not both: {told ^ known}"
 

@@ -170,7 +170,8 @@ class Pictures(ToolTest):
         self.assertRegex(self.run_tool("--version").decode(), r"^pivra \d+\.\d+\.\d+\n$")
 
     def test_progress_and_stats(self):
-        stats = rf"4 frames of {SIZE}: [\d.]+ ms per frame, [\d.]+ Mpixel/s in the library \(csc\)"
+        stats = rf"4 frames of {SIZE}: [\d.]+ ms per frame, [\d.]+ Mpixel/s in the library \(csc\)\r?\n" \
+                r"[\d.]+ frames/s with reading and writing, \d+ % of the time outside the library"
         # No device by its own name, which a fault might replace by a file.
         os.symlink("/dev/stdout", "out/pipe")
         shown = self.run_tool("convert clip.y4m out/pipe --stats", rf"{stats}\n")

@@ -6,7 +6,8 @@
 
 namespace pivra::tool {
 
-// The command line of `pivra convert` and `pivra anaglyph`; empty text is an option not given.
+// The command line of `pivra convert`, `anaglyph` and `transcode`; empty text is an option not
+// given.
 struct ConvertOptions {
   std::string input, output;
   std::string from, size;  // of raw input; both empty for Y4M and PNG
@@ -14,6 +15,7 @@ struct ConvertOptions {
   std::string frames = ":";
   std::string output_format;  // "raw", "y4m" or "png"
   std::string resize, rotate, deblock, saturation;
+  bool transcode = false;               // to `resize`
   bool anaglyph = false, swap = false;  // red from the right view if swapped
   bool mode1 = false, dither = false, detail = false;
   bool stats = false;

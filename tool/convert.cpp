@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <pivra.hpp>
 
@@ -47,6 +48,7 @@ Wanted wanted_of(const ConvertOptions &options) {
   if (!options.resize.empty()) wanted.size = parse_size(options.resize);
   if (!options.rotate.empty()) wanted.turn = parse_turn(options.rotate);
   if (options.mode1) wanted.growth = Growth::kRamp;
+  wanted.transcode = options.transcode;
   if (options.anaglyph) wanted.anaglyph = options.swap ? Red::kRight : Red::kLeft;
   wanted.detail = options.detail;
   wanted.dither = options.dither;
@@ -56,7 +58,10 @@ Wanted wanted_of(const ConvertOptions &options) {
 // What is written, if the steps before the conversion leave frames in the `source` format.
 const FormatInfo &target_format(const ConvertOptions &options, const FormatInfo &source) {
   const FileKind kind = output_kind(options);
-  const std::string fallback(options.dither ? "rgb565" : default_target(kind, source));
+  const std::string fallback(options.dither ? "rgb565"
+                             : options.transcode && kind == FileKind::kRaw
+                                 ? "nv12"
+                                 : default_target(kind, source));
   const FormatInfo &target = parse_format(options.to.empty() ? fallback : options.to);
   if (kind == FileKind::kPng && !target.rgb()) {
     fail("PNG does not hold {}; choose an RGB format with --to", target.name);
@@ -96,12 +101,15 @@ std::uint64_t convert_frames(Clip &clip, Pipeline &pipeline, const FrameRange &r
   return frames;
 }
 
-void print_stats(const Pipeline &pipeline, std::uint64_t count, const FrameShape &shape) {
+void print_stats(const Pipeline &pipeline, std::uint64_t count, const FrameShape &shape,
+                 std::chrono::duration<double> elapsed) {
   const double frames = double(count), seconds = pipeline.spent().count();
   fmt::print(stderr,
-             "{} frames of {}x{}: {:.3f} ms per frame, {:.1f} Mpixel/s in the library ({})\n",
+             "{} frames of {}x{}: {:.3f} ms per frame, {:.1f} Mpixel/s in the library ({})\n"
+             "{:.1f} frames/s with reading and writing, {:.0f} % of the time outside the library\n",
              count, shape.width, shape.height, 1e3 * seconds / frames,
-             1e-6 * frames * shape.width * shape.height / seconds, pipeline.calls());
+             1e-6 * frames * shape.width * shape.height / seconds, pipeline.calls(),
+             frames / elapsed.count(), 100 * (1 - seconds / elapsed.count()));
 }
 
 }  // namespace
@@ -112,14 +120,17 @@ void convert_clip(const ConvertOptions &options) {
   Clip clip(options.input, raw_shape(options));
   const FormatInfo &source = *find_format(clip.shape().format);
   const FormatInfo *turned = turned_format(source.code, wanted.turn);
-  wanted.format = &target_format(options, wanted.anaglyph ? *find_format(PIVRA_FORMAT_RGB888)
-                                          : turned        ? *turned
-                                                          : source);
+  wanted.format = &target_format(options, wanted.anaglyph    ? *find_format(PIVRA_FORMAT_RGB888)
+                                          : wanted.transcode ? *find_format(PIVRA_FORMAT_NV12)
+                                          : turned           ? *turned
+                                                             : source);
   Pipeline pipeline(clip.shape(), wanted);
   if (options.stats && pipeline.empty())
     fail("--stats has nothing to measure, for nothing is done");
+  const auto start = std::chrono::steady_clock::now();
   const std::uint64_t frames = convert_frames(clip, pipeline, range, options);
-  if (options.stats) print_stats(pipeline, frames, clip.shape());
+  if (options.stats)
+    print_stats(pipeline, frames, clip.shape(), std::chrono::steady_clock::now() - start);
 }
 
 }  // namespace pivra::tool

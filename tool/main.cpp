@@ -16,8 +16,10 @@ namespace {
 using AddOption = std::function<CLI::Option *(const char *name, std::string &value,
                                               const char *type, const char *help)>;
 
-// What commands that read and write clips have in common.
-AddOption add_files(CLI::App &command, ConvertOptions &options) {
+// What commands that read and write clips have in common; `raw_size` is how they call the size
+// of raw input.
+AddOption add_files(CLI::App &command, ConvertOptions &options,
+                    const char *raw_size = "-s,--size") {
   const AddOption add = [&command](const char *name, std::string &value, const char *type,
                                    const char *help) {
     return command.add_option(name, value, help)->type_name(type);
@@ -26,7 +28,7 @@ AddOption add_files(CLI::App &command, ConvertOptions &options) {
       ->required();
   add("output", options.output, "FILE", "Raw frames, Y4M or PNG; - is standard output")->required();
   add("-f,--from", options.from, "FORMAT", "Format of raw input");
-  add("-s,--size", options.size, "WxH", "Size of raw input in pixels");
+  add(raw_size, options.size, "WxH", "Size of raw input in pixels");
   add("-t,--to", options.to, "FORMAT",
       "Format to convert to (default: RGB, or yuv420 for Y4M, unless the input fits)");
   add("--frames", options.frames, "A:B",
@@ -71,6 +73,16 @@ void add_anaglyph(CLI::App &app, ConvertOptions &options) {
   command->footer("  pivra anaglyph left-and-right.png glasses.png");
 }
 
+void add_transcode(CLI::App &app, ConvertOptions &options) {
+  CLI::App *command = app.add_subcommand(
+      "transcode", "Make nv12 frames of another size and orientation for an encoder");
+  const AddOption add = add_files(*command, options, "-s,--from-size");
+  add("--size", options.resize, "WxH", "Size of the result in pixels")->required();
+  add("--rotate", options.rotate, "TURN", "90l, 90r or 180");
+  command->parse_complete_callback([&options] { options.transcode = true; });
+  command->footer("  pivra transcode in.y4m out.y4m --size 540x960 --rotate 90l");
+}
+
 int run(int argc, char **argv) {
   CLI::App app("Bit-exact pixel format conversion of video frames.", "pivra");
   app.set_version_flag("--version", "pivra " PIVRA_VERSION);
@@ -78,6 +90,7 @@ int run(int argc, char **argv) {
   ConvertOptions options;
   add_convert(app, options);
   add_anaglyph(app, options);
+  add_transcode(app, options);
   app.add_subcommand("formats", "List the formats and what converts")->callback(list_formats);
   try {
     app.parse(argc, argv);

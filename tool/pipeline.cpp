@@ -8,7 +8,10 @@ Pipeline::Pipeline(const FrameShape &input, const Wanted &wanted) {
   pictures_.push_back(std::make_unique<Picture>(input.format, input.width, input.height));
   add_filters(wanted);
   if (wanted.anaglyph) add_anaglyph(*wanted.anaglyph);
-  add_geometry(wanted);
+  if (wanted.transcode)
+    add_transcoder(wanted);
+  else
+    add_geometry(wanted);
   const std::int32_t target = wanted.format ? wanted.format->code : last().format();
   if (!wanted.dither) {
     convert_to(target);
@@ -63,6 +66,15 @@ void Pipeline::add_anaglyph(Red red) {
   convert_to(PIVRA_FORMAT_RGB888);
   add("fpa", PIVRA_FORMAT_RGB888, {last().width() / 2, last().height()},
       [red](const ImageDesc &from, const ImageDesc &to) { make_anaglyph(from, to, red); });
+}
+
+void Pipeline::add_transcoder(const Wanted &wanted) {
+  if (!transcodes(last().format())) convert_to(PIVRA_FORMAT_YUV420);
+  const Size size = *wanted.size;
+  const auto transcoder = std::make_shared<Transcoder>(
+      last().desc(), wanted.turn, describe(PIVRA_FORMAT_NV12, size.width, size.height, nullptr));
+  add(transcoder->in_one_call() ? "txc_csc_rsz_rot" : "csc + rsz_rot", PIVRA_FORMAT_NV12, size,
+      [=](const ImageDesc &from, const ImageDesc &to) { transcoder->run(from, to); });
 }
 
 // Size and turn, in one pass where the library has it. A layout that cannot be resized or

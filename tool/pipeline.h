@@ -24,6 +24,7 @@ struct Wanted {
   std::optional<Size> size;
   Growth growth = Growth::kRepeat;
   Turn turn = Turn::kNone;
+  bool transcode = false;              // size and turn by way of a transcoder
   const FormatInfo *format = nullptr;  // as it comes out of the other steps
   bool dither = false;
 };
@@ -63,6 +64,7 @@ class Pipeline {
   void convert_to(std::int32_t format);
   void add_filters(const Wanted &wanted);
   void add_anaglyph(Red red);
+  void add_transcoder(const Wanted &wanted);
   void add_geometry(const Wanted &wanted);
 
   std::vector<std::unique_ptr<Picture>> pictures_;
