@@ -656,6 +656,7 @@ PIVRA_API void pivra_csc_swap_8byte8(uint8_t *buf, int32_t width, int32_t height
 #include "pivra/dither.h"
 #include "pivra/filters.h"
 #include "pivra/resize.h"
+#include "pivra/resize_convert.h"
 #include "pivra/rotate.h"
 #include "pivra/transcode.h"
 

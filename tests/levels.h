@@ -16,6 +16,7 @@
 #include "dither/perturb.h"
 #include "filter/rows.h"
 #include "rsz/rows.h"
+#include "rsz_csc/pairs.h"
 #include "tile/tiled_to_rgb.h"
 #include "turn/turn.h"
 #include "txc/fixed_ratio.h"
@@ -29,6 +30,7 @@ namespace pivra {
   DO(RgbToYuv, rgb_to_yuv)     \
   DO(RgbToRgb, rgb_to_rgb)     \
   DO(ResizeRows, resize_rows)  \
+  DO(PairsToRgb, pairs_to_rgb) \
   DO(TiledToRgb, tiled_to_rgb) \
   DO(Turns, turns)             \
   DO(FilterRows, filter_rows)  \

@@ -2,36 +2,9 @@
 // the memory that a call asks for.
 #include <gtest/gtest.h>
 
+#include "heap.h"
 #include "levels.h"
 #include "resize_model.h"
-
-// --- The allocator, which the linker puts between the library and the C runtime ---
-
-namespace {
-struct Heap {
-  bool watched = false, fails = false;
-  int calls = 0;
-  size_t bytes = 0;
-  std::vector<void *> live = {};
-} heap;
-}  // namespace
-
-extern "C" {
-void *__real_malloc(size_t size);
-void __real_free(void *block);
-void *__wrap_malloc(size_t size) {
-  if (!heap.watched) return __real_malloc(size);
-  ++heap.calls;
-  heap.bytes = size;
-  if (heap.fails) return nullptr;
-  heap.live.push_back(__real_malloc(size));
-  return heap.live.back();
-}
-void __wrap_free(void *block) {
-  std::erase(heap.live, block);
-  __real_free(block);
-}
-}
 
 namespace pivra::test {
 namespace {
@@ -81,21 +54,6 @@ struct Picture {
   std::array<GuardedPlane, 3> memory;
 };
 
-// A call, how often it allocated and how much it left allocated.
-struct Outcome {
-  int32_t result;
-  int calls;
-  size_t bytes, kept;
-};
-template <class Call>
-Outcome watch(Call call, bool fails) {
-  heap = {true, fails};
-  const int32_t result = call();
-  heap.watched = false;
-  const size_t kept = heap.live.size();
-  while (!heap.live.empty()) __wrap_free(heap.live.back());
-  return {result, heap.calls, heap.bytes, kept};
-}
 constexpr int32_t kNoRotation = -1;  // pivra_rsz
 Outcome resize(const Picture &src, Picture &dst, int32_t rotation = kNoRotation,
                bool fails = false) {

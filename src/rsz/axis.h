@@ -77,6 +77,7 @@ class AxisWalk {
 
   bool next(Strip &strip) { return grows_ ? grow_.next(strip) : shrink_.next(strip); }
   bool next(Row &row) { return grows_ ? grow_.next(row) : shrink_.next(row); }
+  void take(Strip &strip) { grows_ ? grow_.take(strip) : shrink_.take(strip); }
 
  private:
   bool grows_;

@@ -309,6 +309,33 @@ void mix_of_rows(const uint8_t *c, const uint8_t *n, const Mix &mix, ptrdiff_t b
                      Sample::mix(mix, load_unit<Unit>(c + x, 0), load_unit<Unit>(n + x, 0)));
 }
 
+// --- Between two rows ---
+
+void bilinear(const Strip &strip, const uint8_t *top, const uint8_t *bottom, int32_t phase,
+              uint8_t *dst) {
+  typedef OfBytes<1> Sample;
+  const auto of_top = static_cast<uint16_t>(8 - phase), of_bottom = static_cast<uint16_t>(phase);
+#if defined(PIVRA_GATHERS)
+  if (strip.blocks > 0)
+    return for_each_block<Sample, 1>(
+        strip, dst, [=, &strip](const int32_t *from, const uint8_t *index, ptrdiff_t i) {
+          const uint8_t *weight = strip.weight + i * 2 * kBlock;
+          const Taps even = load_bytes(weight), odd = load_bytes(weight + kBlock);
+          const Pair<Taps> t = gather_block<1>(top, from, index),
+                           b = gather_block<1>(bottom, from, index);
+          return join_taps(
+              {(weigh_taps(t.even, even) * of_top + weigh_taps(b.even, even) * of_bottom) >> 6,
+               (weigh_taps(t.odd, odd) * of_top + weigh_taps(b.odd, odd) * of_bottom) >> 6});
+        });
+#endif
+  for_each_unit<Sample>(strip, 0, [=, &strip](int32_t i, ptrdiff_t to, ptrdiff_t c, ptrdiff_t n) {
+    const Mix &mix = strip.mix[i];
+    dst[to] = static_cast<uint8_t>(((top[c] * mix.c + top[n] * mix.n) * of_top +
+                                    (bottom[c] * mix.c + bottom[n] * mix.n) * of_bottom) >>
+                                   6);
+  });
+}
+
 }  // namespace
 
 #define PIVRA_EVERY_SHAPE(function)                                                    \
@@ -321,9 +348,10 @@ void mix_of_rows(const uint8_t *c, const uint8_t *n, const Mix &mix, ptrdiff_t b
 
 extern const ResizeRows resize_rows;
 const ResizeRows resize_rows = {
-    PIVRA_EVERY_SHAPE(plan),         PIVRA_EVERY_SHAPE(shrink),    PIVRA_EVERY_SHAPE(grow),
-    PIVRA_EVERY_SHAPE(shrink_rows),  PIVRA_EVERY_SHAPE(grow_rows), PIVRA_EVERY_FIELDS(mean_of_rows),
-    PIVRA_EVERY_FIELDS(mix_of_rows),
+    PIVRA_EVERY_SHAPE(plan),         PIVRA_EVERY_SHAPE(shrink),
+    PIVRA_EVERY_SHAPE(grow),         PIVRA_EVERY_SHAPE(shrink_rows),
+    PIVRA_EVERY_SHAPE(grow_rows),    PIVRA_EVERY_FIELDS(mean_of_rows),
+    PIVRA_EVERY_FIELDS(mix_of_rows), bilinear,
 };
 
 }  // namespace pivra::PIVRA_LEVEL

@@ -38,6 +38,11 @@ struct ResizeRows {
   void (*mean[kFields])(const uint8_t *a, const uint8_t *b, ptrdiff_t bytes, uint8_t *dst);
   void (*mix[kFields])(const uint8_t *c, const uint8_t *n, const Mix &mix, ptrdiff_t bytes,
                        uint8_t *dst);
+
+  // Bytes between four samples: mixed along both rows as the strip says, by eighths,
+  // then `phase` eighths of the way down.
+  void (*bilinear)(const Strip &strip, const uint8_t *top, const uint8_t *bottom, int32_t phase,
+                   uint8_t *dst);
 };
 
 PIVRA_TABLES(ResizeRows, resize_rows)

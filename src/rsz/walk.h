@@ -134,9 +134,10 @@ class ShrinkSteps {
   ptrdiff_t at_ = 0;
 };
 
+// Sample `at` and, unless `pair` is 0, the one so many behind it.
 struct GrowStep {
   ptrdiff_t at;
-  bool pair;
+  uint8_t pair;
   Mix mix;
 };
 
@@ -304,6 +305,15 @@ class Walk {
     return next(row.body);
   }
 
+  // A strip that was cut elsewhere.
+  void take(Strip &strip) {
+    Steps steps = steps_;
+    strip.all_means = steps.all_means();
+    strip.whole = steps.whole();
+    fill(strip, steps);
+    steps_ = steps;
+  }
+
  protected:
   Walk(int32_t outputs, int32_t limit, const Steps &steps)
       : outputs_(outputs), limit_(limit), cutter_(outputs, limit), steps_(steps) {}
@@ -335,13 +345,6 @@ class Walk {
     return true;
   }
 
-  void take(Strip &strip) {
-    Steps steps = steps_;
-    strip.all_means = steps.all_means();
-    strip.whole = steps.whole();
-    fill(strip, steps);
-    steps_ = steps;
-  }
   static void fill(Strip &strip, Steps &steps) {
     if constexpr (Steps::kSkips)
       if (strip.whole != 0) return fill_whole(strip, steps);

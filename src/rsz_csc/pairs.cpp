@@ -1,0 +1,41 @@
+// Pairs of rows to RGB: source x target. Compiled once per instruction-set level.
+#include "rsz_csc/pairs.h"
+
+#include "csc/rows.h"
+
+namespace pivra::PIVRA_LEVEL {
+namespace {
+
+template <class Source, class Target>
+void convert(const RowPair &rows, int32_t columns) {
+  convert_rows<Source, Target>(
+      SourceRows<2>{{rows.luma[0], rows.luma[1]}, {rows.chroma[0], rows.chroma[1]}},
+      TargetRows<2>{{rows.out[0], rows.out[1]}}, columns);
+}
+
+PIVRA_INLINE void copy_64(const uint8_t *src, uint8_t *dst) {
+#if PIVRA_VECTORS
+  for (int32_t x = 0; x < 64; x += kBlock) store_bytes(dst + x, load_bytes(src + x));
+#else
+  memcpy(dst, src, 64);
+#endif
+}
+
+void tiles_to_rows(const uint8_t *const *tiles, int32_t count, ptrdiff_t within, int32_t rows,
+                   uint8_t *dst, ptrdiff_t dst_step) {
+  for (int32_t i = 0; i < count; ++i)
+    for (int32_t row = 0; row < rows; ++row)
+      copy_64(tiles[i] + within + row * 64, dst + i * 64 + row * dst_step);
+}
+
+}  // namespace
+
+extern const PairsToRgb pairs_to_rgb;
+const PairsToRgb pairs_to_rgb = {
+    .tiles_to_rows = tiles_to_rows,
+    .yuv420_to_rgb565 = convert<Yuv420, Rgb565>,
+    .nv12_to_rgb565 = convert<Nv12, Rgb565>,
+    .yuv420_to_rgb888 = convert<Yuv420, Rgb888>,
+};
+
+}  // namespace pivra::PIVRA_LEVEL
