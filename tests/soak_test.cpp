@@ -1,0 +1,231 @@
+// Every entry point, over and over, on frames of random sizes and formats: memory stays
+// flat, and eight threads at once make the same bytes as one.
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <pivra.hpp>
+#include <random>
+#include <thread>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/allocator_interface.h>
+#define PIVRA_ALLOCATED_BYTES __sanitizer_get_current_allocated_bytes()
+#else
+#define PIVRA_ALLOCATED_BYTES mallinfo2().uordblks
+#endif
+
+namespace pivra::test {
+namespace {
+
+// The emulator is a hundred times as slow.
+#if defined(__x86_64__)
+constexpr uint32_t kFrames = 10000;
+#else
+constexpr uint32_t kFrames = 1000;
+#endif
+
+// What an allocator keeps at hand; a leak would be a scratch buffer for every tenth frame.
+constexpr size_t kAtHand = 64 << 10;
+
+class Frame {
+ public:
+  explicit Frame(uint32_t seed) : random_(seed) {}
+
+  // One call, chosen at random. A digest of the result and of all that was written.
+  uint64_t run() {
+    constexpr void (Frame::*kCalls[])() = {
+        &Frame::copy,   &Frame::convert_format,  &Frame::turn,      &Frame::turn_and_convert,
+        &Frame::resize, &Frame::resize_and_turn, &Frame::shrink,    &Frame::resize_and_convert,
+        &Frame::dither, &Frame::filter,          &Frame::transcode, &Frame::pack};
+    (this->*kCalls[pick(0, std::size(kCalls) - 1)])();
+    return digest_;
+  }
+
+ private:
+  int32_t pick(size_t low, size_t high) {
+    return static_cast<int32_t>(low + random_() % (high - low + 1));
+  }
+  template <class List>
+  auto any(const List &list) {
+    return list[static_cast<size_t>(pick(0, std::size(list) - 1))];
+  }
+  int32_t side() { return pick(0, 9) ? pick(1, 90) : pick(1, 300); }
+
+  // Pictures that keep their size are copied, by kernels that are not exact for every one.
+  int32_t other(int32_t than) {
+    const int32_t one = side();
+    return one == than ? one + 1 : one;
+  }
+
+  Picture noisy(int32_t format, int32_t width, int32_t height) {
+    Picture picture(format, width, height);
+    for (uint8_t &byte : picture.bytes()) byte = static_cast<uint8_t>(random_() >> 11);
+    return picture;
+  }
+  void keep(int32_t result, Picture &picture) {
+    digest_ = digest_ * 31 + static_cast<uint32_t>(result);
+    for (const uint8_t byte : picture.bytes()) digest_ = (digest_ ^ byte) * 0x100000001B3;
+  }
+
+  void copy() {
+    const FormatInfo info = any(formats());
+    const int32_t format = info.linear() ? info.code : PIVRA_FORMAT_YUV420;
+    Picture src = noisy(format, 32 * pick(1, 8), 32 * pick(1, 8)),
+            dst(format, src.width(), src.height());
+    const ImageDesc from = src.desc();
+    ImageDesc to = dst.desc();
+    keep(pivra_cpy(&from, &to), dst);
+  }
+
+  void convert_format() {
+    const detail::FormatPair pair = any(detail::kPairs);
+    const bool wide = pair.from == PIVRA_FORMAT_T256X16;  // tiles of 256 x 16, eight to a row
+    Picture src = noisy(pair.from, wide ? 1282 : 64 * pick(1, 3), 64 * pick(1, 2)),
+            dst(pair.to, src.width(), src.height());
+    ImageDesc from = src.desc(), to = dst.desc();
+    keep(pivra_csc(&from, &to), dst);
+  }
+
+  void turn() {
+    const auto row = any(detail::kTurning);
+    const auto turn = static_cast<Turn>(pick(1, 5));
+    const FormatInfo *format = turned_format(row.format, turn);
+    if (!format) return;
+    Picture src = noisy(row.format, side(), side());
+    Picture dst = turned(format->code, turn, src.width(), src.height());
+    const ImageDesc from = detail::pairs_as_units(src.desc());
+    ImageDesc to = dst.desc();
+    keep(pivra_rot(&from, static_cast<int32_t>(turn), &to), dst);
+  }
+
+  void turn_and_convert() {
+    const bool planes = pick(0, 1) == 0;
+    const auto turn = static_cast<Turn>(pick(0, planes ? 2 : 3));
+    Picture src =
+        noisy(planes ? PIVRA_FORMAT_YUV422N : PIVRA_FORMAT_YUYV, 2 * pick(8, 50), 2 * pick(4, 50));
+    Picture dst = turned(planes ? PIVRA_FORMAT_YUV420 : PIVRA_FORMAT_BGRA8888, turn, src.width(),
+                         src.height());
+    const ImageDesc from = src.desc();
+    ImageDesc to = dst.desc();
+    keep(pivra_csc_rot(&from, static_cast<int32_t>(turn), &to), dst);
+  }
+
+  void resize() {
+    const int32_t format = any(formats()).code;
+    if (!resizes(format)) return;
+    Picture src = noisy(format, side(), side()), dst(format, other(src.width()), side());
+    const ImageDesc from = src.desc();
+    ImageDesc to = in_any_mode(dst);
+    keep(pivra_rsz(&from, &to), dst);
+  }
+
+  void resize_and_turn() {
+    const auto row = any(detail::kTurning);
+    const auto turn = static_cast<Turn>(pick(0, 3));
+    if (!resizes_turned(row.format, turn) || !turned_format(row.format, turn)) return;
+    Picture src = noisy(row.format, side(), side());
+    Picture dst = turned(turned_format(row.format, turn)->code, turn, other(src.width()), side());
+    const ImageDesc from = detail::pairs_as_units(src.desc());
+    ImageDesc to = in_any_mode(dst);
+    to.format = from.format;
+    keep(pivra_rsz_rot(&from, static_cast<int32_t>(turn), &to), dst);
+  }
+
+  void shrink() {
+    const int32_t factor = pick(2, 7), width = 2 * pick(2, 30), height = 2 * pick(2, 30);
+    Picture src = noisy(PIVRA_FORMAT_NV12, width * factor, height * factor),
+            dst(PIVRA_FORMAT_NV12, width, height);
+    const ImageDesc from = src.desc();
+    ImageDesc to = dst.desc();
+    keep(pivra_rsz_8b_down_special(&from, &to), dst);
+  }
+
+  void resize_and_convert() {
+    constexpr detail::FormatPair kPairs[] = {{PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB565},
+                                             {PIVRA_FORMAT_T64X32, PIVRA_FORMAT_RGB565},
+                                             {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB888},
+                                             {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV400},
+                                             {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420}};
+    const detail::FormatPair pair = any(kPairs);
+    Picture src = noisy(pair.from, 2 * pick(1, 60), 2 * pick(1, 60)),
+            dst(pair.to, 2 * pick(1, 60), 2 * pick(1, 60));
+    const ImageDesc from = src.desc();
+    ImageDesc to = in_any_mode(dst);
+    keep(pivra_rsz_csc(&from, &to), dst);
+  }
+
+  void dither() {
+    const detail::FormatPair pair = any(detail::kDithered);
+    Picture src = noisy(pair.from, 8 * pick(1, 20), 8 * pick(1, 20)),
+            dst(pair.to, src.width(), src.height());
+    const ImageDesc from = src.desc();
+    ImageDesc to = dst.desc();
+    keep(pivra_csc_dither(&from, &to), dst);
+  }
+
+  void filter() {
+    Picture src = noisy(PIVRA_FORMAT_YUV420, 8 + side(), side()), dst(src);
+    ImageDesc picture = src.desc();
+    keep(pivra_dbf8x8_yuv(&picture, static_cast<uint32_t>(pick(0, 16))), src);
+    detail_enh(picture.plane[0], picture.width[0], picture.height[0], dst.bytes().data());
+    keep(0, dst);
+  }
+
+  void transcode() {
+    constexpr int32_t kFormats[] = {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_T64X32};
+    const auto turn = static_cast<Turn>(pick(0, 3));
+    Picture src = noisy(any(kFormats), 8 * pick(1, 30), 8 * pick(1, 30)),
+            dst(PIVRA_FORMAT_NV12, 2 * pick(4, 60), 2 * pick(4, 60));
+    Transcoder transcoder(src.desc(), turn, dst.desc());
+    transcoder.run(src.desc(), dst.desc());
+    keep(0, dst);
+  }
+
+  void pack() {
+    const int32_t width = side();
+    Picture src = noisy(PIVRA_FORMAT_RGB888, 2 * width, side()),
+            dst(PIVRA_FORMAT_RGB888, width, src.height());
+    const ImageDesc from = src.desc();
+    ImageDesc to = dst.desc();
+    keep(pivra_fpa(&from, &to, pick(0, 3)), dst);
+  }
+
+  // Of a size that is given before the turn.
+  static Picture turned(int32_t format, Turn turn, int32_t width, int32_t height) {
+    return is_quarter(turn) ? Picture(format, height, width) : Picture(format, width, height);
+  }
+  ImageDesc in_any_mode(Picture &picture) {
+    ImageDesc desc = picture.desc();
+    desc.resize_mode = pick(0, 1) ? PIVRA_RSZ_MODE1 : 0;
+    return desc;
+  }
+
+  std::minstd_rand random_;
+  uint64_t digest_ = 0;
+};
+
+TEST(Soak, MemoryStaysFlat) {
+  const auto frames = [](uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i) Frame(i).run();
+  };
+  frames(kFrames / 10);
+  const size_t before = PIVRA_ALLOCATED_BYTES;
+  frames(kFrames);
+  EXPECT_LT(PIVRA_ALLOCATED_BYTES, before + kAtHand);
+}
+
+TEST(Soak, EightThreadsMakeTheSameBytesAsOne) {
+  constexpr uint32_t kThreads = 8, kEach = kFrames / 20;
+  std::vector<uint64_t> alone(kThreads * kEach), together(alone);
+  for (uint32_t i = 0; i < alone.size(); ++i) alone[i] = Frame(i).run();
+  std::vector<std::thread> threads;
+  for (uint32_t t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      for (uint32_t i = t * kEach; i < (t + 1) * kEach; ++i) together[i] = Frame(i).run();
+    });
+  for (std::thread &thread : threads) thread.join();
+  EXPECT_EQ(alone, together);
+}
+
+}  // namespace
+}  // namespace pivra::test
