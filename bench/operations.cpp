@@ -176,17 +176,19 @@ constexpr Scale kScales[] = {{{1, 2}, {1, 2}}, {{1, 4}, {1, 4}}, {{9, 16}, {101,
                              {{2, 1}, {2, 1}}};
 constexpr Scale kScalesOfCells[] = {{{2, 5}, {2, 5}}, {{1, 5}, {1, 5}}};
 
-// The operation at each scale, growing ones in both modes. Two samples meet at
-// most, so of a picture that shrinks to less than half of its rows not all are read.
+// The operation at each scale, growing ones in both modes if it has them. Two
+// samples meet at most, so of a picture that shrinks to less than half of its rows
+// not all are read.
 void add_scaled(List &list, const std::string &kind, Frame from, std::int32_t to,
-                std::span<const Scale> scales, const Turn &turn, const Call &run) {
+                std::span<const Scale> scales, const Turn &turn, const Call &run,
+                bool modes = true) {
   for (const Scale &scale : scales) {
     const Size scaled = scale.of(from.size), size = turn.of(scaled);
     const std::string name =
         kind + "_" + std::to_string(size.width) + "x" + std::to_string(size.height);
     const double read = std::min(1.0, 2.0 * scaled.height / from.size.height);
     list.push_back({name, kind, from, {to, size}, run, read});
-    if (scale.grows())
+    if (modes && scale.grows())
       list.push_back({name + "_mode1", kind, from, {to, size}, run, read, PIVRA_RSZ_MODE1});
   }
 }
@@ -235,6 +237,24 @@ void add_transcoding(List &list, Size size) {
   }
 }
 
+constexpr Scale kScalesOfScreens[] = {
+    {{1, 2}, {1, 2}}, {{5, 8}, {5, 8}}, {{3, 4}, {3, 4}}, {{3, 2}, {3, 2}}};
+
+void add_combined(List &list, Size size) {
+  constexpr struct {
+    std::int32_t from, to;
+  } kPairs[] = {{PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB565},
+                {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB888},
+                {PIVRA_FORMAT_T64X32, PIVRA_FORMAT_RGB565},
+                {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420}};
+  for (const auto &[from, to] : kPairs) {
+    add_scaled(
+        list, join({"rsz_csc", name_of(from), "to", name_of(to)}), {from, size}, to,
+        kScalesOfScreens, kNoTurn, [](ImageDesc src, ImageDesc dst) { pivra_rsz_csc(&src, &dst); },
+        to == PIVRA_FORMAT_RGB565);
+  }
+}
+
 }  // namespace
 
 Pictures::Pictures(const Operation &operation)
@@ -262,5 +282,6 @@ std::vector<Operation> operations(Size size) {
   add_dithering_and_deblocking(list, size);
   add_resizes(list, size);
   add_transcoding(list, size);
+  add_combined(list, size);
   return list;
 }

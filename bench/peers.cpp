@@ -224,6 +224,17 @@ void dither(const ImageDesc &s, const ImageDesc &d) {
   }
 }
 
+// The library itself, from a planar picture.
+Peer from_planar() {
+  const auto planar = std::make_shared<std::optional<pivra::Picture>>();
+  return {[=](const ImageDesc &s, ImageDesc d) {
+            if (!*planar) planar->emplace(noise({PIVRA_FORMAT_YUV420, of_source(s, d)}));
+            const ImageDesc src = (*planar)->desc();
+            pivra_rsz_csc(&src, &d);
+          },
+          "yuv420"};
+}
+
 void copy_rows(const ImageDesc &s, const ImageDesc &d) {
   const std::size_t bytes = pivra::describe(s.format, s.width[0], 1, nullptr).stride[0];
   for (std::ptrdiff_t y = 0; y < s.height[0]; ++y)
@@ -284,6 +295,12 @@ const Peer &find_peer(std::string_view kind) {
       {"transcode_yuv420_90l",
        by_way_of(PIVRA_FORMAT_YUV420, of_result_turned, {scale_yuv420},
                  by_way_of(PIVRA_FORMAT_YUV420, of_result, turned(kRotate270), with(I420ToNV12)))},
+
+      {"rsz_csc_yuv420_to_rgb565",
+       by_way_of(PIVRA_FORMAT_YUV420, of_result, {scale_yuv420}, with(I420ToRGB565))},
+      {"rsz_csc_yuv420_to_rgb888",
+       by_way_of(PIVRA_FORMAT_YUV420, of_result, {scale_yuv420}, with(I420ToRAW))},
+      {"rsz_csc_t64x32_to_rgb565", from_planar()},
 
       {"yuv420_to_rgb565", with(I420ToRGB565)},
       {"yuv420_to_bgr565", with_red_and_blue_exchanged(I420ToRGB565Matrix)},

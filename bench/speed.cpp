@@ -37,6 +37,9 @@ const std::vector<Group> kGroups = {
      "|(rgba8888|rgb565|rgb888)_(640x360|960x540|1920x1080).*)"},
     {"resizes with a turn", "rsz_rot_yuv420_.*"},
     {"transcoding", "transcode_.*"},
+    {"resizes with conversion, fixed ratios",
+     "rsz_csc_yuv420_to_(rgb565_(640x360|800x450|1920x1080)|rgb888_960x540)|txc_.*"},
+    {"resizes of tiles with conversion", "rsz_csc_t64x32_to_rgb565_(640x360|1920x1080)"},
 };
 
 // Bytes of a picture itself, without padding and what only fills the last tiles.
@@ -66,5 +69,5 @@ void race_operation(benchmark::State &state, const Operation &operation) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  return run_races(argc, argv, {"libyuv", "memcpy", "scalar"}, kGroups, race_operation);
+  return run_races(argc, argv, {"libyuv", "memcpy", "scalar", "yuv420"}, kGroups, race_operation);
 }
