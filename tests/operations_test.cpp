@@ -63,6 +63,22 @@ TEST(Operations, ResizeWithAnyStride) {
   }
 }
 
+TEST(Operations, ResizeAndConvertWithAnyStride) {
+  for (const auto &[from, to] : detail::kResizedAndConverted)
+    for (const auto &[width, height] : {std::pair(20, 14), std::pair(90, 66), std::pair(30, 80)}) {
+      Picture tight = noisy(from, 64, 48), padded(from, 64, 48, 32);
+      if (from == PIVRA_FORMAT_T64X32)
+        padded = tight;
+      else
+        resize(tight.desc(), padded.desc());
+      Picture a(to, width, height), b(to, width, height, 7), c(to, width, height);
+      resize_and_convert(tight.desc(), a.desc());
+      resize_and_convert(padded.desc(), b.desc());
+      resize(b.desc(), c.desc());
+      EXPECT_TRUE(equal(a, c)) << find_format(from)->name << " to " << find_format(to)->name;
+    }
+}
+
 TEST(Operations, FilterWithAnyStride) {
   for (const int32_t format : {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV444}) {
     Picture tight = noisy(format, 67, 45), padded(format, 67, 45, 32), back(format, 67, 45);

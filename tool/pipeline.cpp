@@ -95,11 +95,18 @@ void Pipeline::add_geometry(const Wanted &wanted) {
   const Size size = wanted.size ? *wanted.size : quarter ? Size{old.height, old.width} : old;
   const Size upright = quarter ? Size{size.height, size.width} : size;
   const bool scaling = upright.width != old.width || upright.height != old.height;
+  const bool even = (old.width | old.height | upright.width | upright.height) % 2 == 0;
   const auto turn = wanted.turn;
   const auto growth = wanted.growth;
   if (scaling && turning && resizes_turned(last().format(), turn)) {
     return add("rsz_rot", turned_format(last().format(), turn)->code, size,
                [=](const ImageDesc &from, const ImageDesc &to) { resize(from, turn, to, growth); });
+  }
+  if (scaling && even && !turning && wanted.format && !wanted.dither &&
+      resizes_and_converts(last().format(), wanted.format->code)) {
+    return add(
+        "rsz_csc", wanted.format->code, size,
+        [=](const ImageDesc &from, const ImageDesc &to) { resize_and_convert(from, to, growth); });
   }
   if (scaling) {
     add("rsz", last().format(), upright,

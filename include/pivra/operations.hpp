@@ -203,6 +203,51 @@ inline void resize(const ImageDesc &src, Turn turn, const ImageDesc &dst,
   });
 }
 
+namespace detail {
+
+inline constexpr FormatPair kResizedAndConverted[] = {
+    {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB565},
+    {PIVRA_FORMAT_T64X32, PIVRA_FORMAT_RGB565},
+    {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB888},
+};
+
+}  // namespace detail
+
+/** Whether resize_and_convert() takes pictures of the one format to the other. */
+constexpr bool resizes_and_converts(std::int32_t from, std::int32_t to) {
+  return std::ranges::count(detail::kResizedAndConverted, detail::FormatPair{from, to}) != 0;
+}
+
+/**
+ * Resizes a picture and converts it in one call: averaged while it is converted if both axes
+ * shrink to rgb565, bilinear to rgb888.
+ *
+ * @param src, dst  pictures of even sizes whose formats resizes_and_converts(), which do not
+ *                  overlap.
+ * @param growth    what fills the gaps where a picture grows to rgb565.
+ * @throws std::invalid_argument  if check() refuses a picture, or they do not match.
+ * @throws std::runtime_error     if memory for what lies between is lacking.
+ */
+inline void resize_and_convert(const ImageDesc &src, const ImageDesc &dst,
+                               Growth growth = Growth::kRepeat) {
+  detail::check_both(src, dst);
+  if (!resizes_and_converts(src.format, dst.format))
+    detail::refuse(detail::name_of(src) + " is not resized to " + detail::name_of(dst));
+  for (const ImageDesc *desc : {&src, &dst})
+    if (desc->width[0] % 2 != 0 || desc->height[0] % 2 != 0)
+      detail::refuse("the size " + detail::size_text(desc->width[0], desc->height[0]) + " is odd");
+  // Rows of chroma lie half the luma's stride apart.
+  constexpr detail::Rule kEven = {detail::kYuv, detail::kRgb, 2, 2};
+  const detail::Suited source(src, kEven, detail::kTight), result(dst, kEven, detail::kTight);
+  if (source.copied()) detail::copy_rows(src, source.desc(), src.width[0], src.height[0]);
+  const ImageDesc from = source.desc();
+  ImageDesc to = result.desc();
+  to.resize_mode = static_cast<std::uint32_t>(growth);
+  if (pivra_rsz_csc(&from, &to) != PIVRA_OK)
+    throw std::runtime_error("libpivra refused the pictures, or had no memory");
+  if (result.copied()) detail::copy_rows(result.desc(), dst, dst.width[0], dst.height[0]);
+}
+
 /* ------------------------------------------------------------------------ */
 /* Dithering                                                                */
 /* ------------------------------------------------------------------------ */
