@@ -36,8 +36,7 @@ class BilinearSteps {
 };
 
 struct BilinearWalk : Walk<BilinearSteps> {
-  // Of strips that are cut elsewhere.
-  explicit BilinearWalk(int32_t step_word) : Walk(0, kStripOutputs, BilinearSteps(step_word)) {}
+  BilinearWalk(int32_t outputs, int32_t word) : Walk(outputs, kStripOutputs, BilinearSteps(word)) {}
 };
 
 // The step words of pivra_rsz_8b_org that map sw x sh samples to dw x dh, which a

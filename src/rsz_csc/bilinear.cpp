@@ -11,7 +11,7 @@ struct Bilinear {
   int32_t across[2], down[2];
 
   static int32_t limit(const Plane &, const Engine &engine, int) { return engine.limit; }
-  BilinearWalk walk(int which) const { return BilinearWalk(across[which]); }
+  BilinearWalk walk(int which) const { return {0, across[which]}; }
 
   class Lines {
    public:

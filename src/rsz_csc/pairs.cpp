@@ -1,7 +1,9 @@
-// Pairs of rows to RGB: source x target. Compiled once per instruction-set level.
+// Rows of tiles, and pairs of rows to RGB: source x target. Compiled once per
+// instruction-set level.
 #include "rsz_csc/pairs.h"
 
 #include "csc/rows.h"
+#include "tile/layout.h"
 
 namespace pivra::PIVRA_LEVEL {
 namespace {
@@ -13,19 +15,21 @@ void convert(const RowPair &rows, int32_t columns) {
       TargetRows<2>{{rows.out[0], rows.out[1]}}, columns);
 }
 
-PIVRA_INLINE void copy_64(const uint8_t *src, uint8_t *dst) {
+constexpr int32_t kTileRow = k64x32.width;
+
+PIVRA_INLINE void copy_tile_row(const uint8_t *src, uint8_t *dst) {
 #if PIVRA_VECTORS
-  for (int32_t x = 0; x < 64; x += kBlock) store_bytes(dst + x, load_bytes(src + x));
+  for (int32_t x = 0; x < kTileRow; x += kBlock) store_bytes(dst + x, load_bytes(src + x));
 #else
-  memcpy(dst, src, 64);
+  memcpy(dst, src, kTileRow);
 #endif
 }
 
 void tiles_to_rows(const uint8_t *const *tiles, int32_t count, ptrdiff_t within, int32_t rows,
                    uint8_t *dst, ptrdiff_t dst_step) {
-  for (int32_t i = 0; i < count; ++i)
-    for (int32_t row = 0; row < rows; ++row)
-      copy_64(tiles[i] + within + row * 64, dst + i * 64 + row * dst_step);
+  for (ptrdiff_t i = 0; i < count; ++i)
+    for (ptrdiff_t row = 0; row < rows; ++row)
+      copy_tile_row(tiles[i] + within + row * kTileRow, dst + i * kTileRow + row * dst_step);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Pairs of rows that share chroma made RGB, at one instruction-set level: what
-// resized rows end in.
+// What resized rows come from and end in, at one instruction-set level: rows of tiles
+// put together, and pairs of rows that share chroma made RGB.
 #ifndef PIVRA_RSZ_CSC_PAIRS_H
 #define PIVRA_RSZ_CSC_PAIRS_H
 
@@ -17,7 +17,7 @@ struct RowPair {
 };
 
 struct PairsToRgb {
-  // Rows of tiles of 64 bytes put side by side; those of a tile lie one behind the other,
+  // Rows of 64x32 tiles put side by side; those of a tile lie one behind the other,
   // `within` bytes from its start on.
   void (*tiles_to_rows)(const uint8_t *const *tiles, int32_t count, ptrdiff_t within, int32_t rows,
                         uint8_t *dst, ptrdiff_t dst_step);

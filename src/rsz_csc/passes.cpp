@@ -181,13 +181,15 @@ void resize_by_lines(const Job &job) {
   convert_resized(passes, job.tiled ? tiles : planes, job.tiled ? 2 : 3, to);
 }
 
-// Whether what the conversion reads is what the passes make of the plane, whatever lies
-// where in the scratch.
+// Whether all that the passes and the conversion read is what was made of that plane,
+// whatever else lies in the scratch.
 bool fits_lines(const Job &job) {
-  return job.dw(0) % 2 == 0 && job.dh(0) % 2 == 0 && job.dst_stride[0] >= 2 * job.dw(0) &&
-         job.sh(1) == job.sh(0) >> 1 && job.sh(2) == job.sh(1) && job.sh(1) > 0 &&
-         job.sw(1) == job.sw(2) && job.sw(1) > 0 &&
-         job.sw(1) - (job.sw(0) >> 1) <= (job.sw(0) & 1) && job.sw(1) >= job.sw(0) >> 1;
+  const int32_t half_width = job.sw(0) >> 1, half_height = job.sh(0) >> 1;
+  const bool even = job.dw(0) % 2 == 0 && job.dh(0) % 2 == 0;
+  const bool halved = half_width > 0 && half_height > 0 && job.sh(1) == half_height &&
+                      job.sh(2) == half_height && job.sw(1) == job.sw(2) &&
+                      (job.sw(1) == half_width || job.sw(1) == (job.sw(0) + 1) >> 1);
+  return even && halved && job.dst_stride[0] >= 2 * job.dw(0);
 }
 
 // Averages while it converts.
