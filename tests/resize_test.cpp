@@ -181,6 +181,7 @@ TEST(ResizeKernels, ResampleBilinearly) {
   };
   for (int round = 0; round < 300 && !HasFatalFailure(); ++round) {
     const ResizeModel m = random_model("8b", round % 3 == 1 ? "90l" : "", "");
+    if (std::max(m.sw, m.sh) > 8192) continue;  // positions have 13 bits before the point
     int32_t x = 0, y = 0;
     rsz_org_steps(m.sw, m.sh, m.dw, m.dh, round % 3, &x, &y);
     if (round % 3 == 2) continue;
