@@ -91,6 +91,7 @@ PIVRA_API void pivra_rsz_csc_yuv420_to_rgb888(uint8_t **src, int32_t *src_width,
  * @param width, height  of the result.
  * @param quotient_x, quotient_y  source samples for each pixel, 2 at least.
  * @param src_stride     of the three planes.
+ * @param dst, dst_stride  the result, in bytes from row to row.
  */
 PIVRA_API void pivra_8b_rsz_csc_down_mult_yuvtorgb565(uint8_t **src, uint8_t *dst, int32_t width,
                                                       int32_t height, int32_t quotient_x,
@@ -116,6 +117,7 @@ PIVRA_API void pivra_8b_rsz_csc_down_mult_t64x32torgb565(uint8_t **src, uint8_t 
  * @param width, height           of the result.
  * @param src_width, src_height   of the planes; of chroma those of plane 1.
  * @param src_stride              of the luma.
+ * @param dst, dst_stride         the result, in bytes from row to row.
  */
 PIVRA_API void pivra_8b_rsz_csc_down_non_multyuvtorgb565(uint8_t **src, uint8_t *dst, int32_t width,
                                                          int32_t height, int32_t *src_width,
