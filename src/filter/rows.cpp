@@ -32,37 +32,84 @@ struct Sum {
 };
 PIVRA_INLINE Sum sum(Whole a, Whole b, Whole c) { return {parity(a, b, c), majority(a, b, c)}; }
 
-// The rows around a sample, each from the first neighbour on that it has there.
-struct Rows {
-  const uint8_t *above2, *above, *row, *below, *below2;
+// How many rows are sharpened at once. They share the loads of their neighbours, which
+// cross cache lines at long registers.
+constexpr int kBand = kBlock >= 32 ? 4 : 1;
 
-  PIVRA_INLINE Rows(const uint8_t *p, ptrdiff_t stride)
-      : above2(p - 2 * stride),
-        above(p - stride - 1),
-        row(p - 2),
-        below(p + stride - 1),
-        below2(p + 2 * stride) {}
+// A sample and its neighbours in its row, two on each side at most.
+struct Neighbours {
+  Whole from[5];
+};
+template <int reach>
+PIVRA_INLINE Neighbours load_neighbours(const uint8_t *&p) {
+  Shifted<2 *reach + 1> s = load_shifted<2 * reach + 1>(p);
+  Neighbours n{};
+#pragma GCC unroll 5
+  for (int k = 0; k <= 2 * reach; ++k) n.from[2 - reach + k] = s.from[k];
+  return n;
+}
+
+// Rows that are sharpened, from the third on, and the two above and below them. Each
+// is followed from the first neighbour on that counts in it.
+template <int rows>
+struct Band {
+  const uint8_t *row[rows + 4];
+
+  static constexpr int reach(int k) {
+    const int far = k < rows + 3 - k ? k : rows + 3 - k;
+    return far < 2 ? far : 2;
+  }
+  PIVRA_INLINE Band(const uint8_t *p, ptrdiff_t stride) {
+#pragma GCC unroll 8
+    for (int k = 0; k < rows + 4; ++k) row[k] = p + (k - 2) * stride - reach(k);
+  }
+  template <int k>
+  PIVRA_INLINE Neighbours load() {
+    return load_neighbours<reach(k)>(row[k]);
+  }
 };
 
 // 16 P less the weighed sum, shifted down by 4, is P less a sixteenth of the sum
 // rounded up, and rounding halves up again and again is rounding up in the end: it
 // all stays in bytes, once carry-save adders have left few of them.
-PIVRA_INLINE Whole sharpen_block(Rows &at) {
-  Shifted<1> above2 = load_shifted<1>(at.above2);
-  Shifted<5> row = load_shifted<5>(at.row);
-  Shifted<3> above = load_shifted<3>(at.above), below = load_shifted<3>(at.below);
-  Sum far = sum(row.from[0], row.from[4], above2.from[0]);
-  Sum diagonal = sum(above.from[0], above.from[2], below.from[0]);
-  Sum ones = sum(far.digits, diagonal.digits, below.from[2]);
-  Sum beside = sum(row.from[1], row.from[3], above.from[1]);
-  Sum others = sum(below.from[1], far.carries, diagonal.carries);
+PIVRA_INLINE Whole sharpened(Neighbours above2, Neighbours above, Neighbours row, Neighbours below,
+                             Neighbours below2) {
+  Sum far = sum(row.from[0], row.from[4], above2.from[2]);
+  Sum diagonal = sum(above.from[1], above.from[3], below.from[1]);
+  Sum ones = sum(far.digits, diagonal.digits, below.from[3]);
+  Sum beside = sum(row.from[1], row.from[3], above.from[2]);
+  Sum others = sum(below.from[2], far.carries, diagonal.carries);
   Sum twos = sum(beside.digits, others.digits, ones.carries);
   Sum fours = sum(beside.carries, others.carries, twos.carries);
-  Whole half = mean(ones.digits, load_shifted<1>(at.below2).from[0]);
+  Whole half = mean(ones.digits, below2.from[2]);
   Whole mean16 = mean(mean(mean(half, twos.digits), fours.digits), fours.carries);
   Whole sample = row.from[2];
   return subtract_saturated(add_saturated(sample, subtract_saturated(sample, mean16)),
                             subtract_saturated(mean16, sample));
+}
+
+// Row k of the band and those below it, given the four around it that are loaded.
+template <int rows, int k = 0>
+PIVRA_INLINE void sharpen_blocks(Band<rows> &band, Neighbours above2, Neighbours above,
+                                 Neighbours row, Neighbours below, ptrdiff_t stride, uint8_t *dst) {
+  Neighbours below2 = band.template load<k + 4>();
+  store_bytes(dst, sharpened(above2, above, row, below, below2));
+  if constexpr (k + 1 < rows)
+    sharpen_blocks<rows, k + 1>(band, above, row, below, below2, stride, dst + stride);
+}
+template <int rows>
+PIVRA_INLINE void sharpen_blocks(Band<rows> &band, ptrdiff_t stride, uint8_t *dst) {
+  Neighbours above2 = band.template load<0>(), above = band.template load<1>();
+  Neighbours row = band.template load<2>(), below = band.template load<3>();
+  sharpen_blocks<rows>(band, above2, above, row, below, stride, dst);
+}
+
+template <int rows>
+void sharpen_band(const uint8_t *src, ptrdiff_t stride, ptrdiff_t count, uint8_t *dst) {
+  const ptrdiff_t end = count - kBlock;
+  Band<rows> band(src, stride), last(src + end, stride);
+  for (ptrdiff_t x = 0; x < end; x += kBlock) sharpen_blocks(band, stride, dst + x);
+  sharpen_blocks(last, stride, dst + end);
 }
 
 #endif
@@ -76,17 +123,19 @@ PIVRA_INLINE uint8_t sharpened(const uint8_t *p, ptrdiff_t stride) {
   return static_cast<uint8_t>(sum < 0 ? 0 : sum > 255 ? 255 : sum);
 }
 
-void sharpen(const uint8_t *src, ptrdiff_t stride, ptrdiff_t count, uint8_t *dst) {
+void sharpen(const uint8_t *src, ptrdiff_t stride, ptrdiff_t count, ptrdiff_t height,
+             uint8_t *dst) {
+  ptrdiff_t y = 0;
 #if PIVRA_VECTORS
   if (count >= kBlock) {
-    const ptrdiff_t end = count - kBlock;
-    Rows at(src, stride), last(src + end, stride);
-    for (ptrdiff_t x = 0; x < end; x += kBlock) store_bytes(dst + x, sharpen_block(at));
-    store_bytes(dst + end, sharpen_block(last));
-    return;
+    for (; y <= height - kBand; y += kBand)
+      sharpen_band<kBand>(src + y * stride, stride, count, dst + y * stride);
+    for (; y < height; ++y) sharpen_band<1>(src + y * stride, stride, count, dst + y * stride);
   }
 #endif
-  for (ptrdiff_t x = 0; x < count; ++x) dst[x] = sharpened(src + x, stride);
+  for (; y < height; ++y)
+    for (ptrdiff_t x = 0; x < count; ++x)
+      dst[y * stride + x] = sharpened(src + y * stride + x, stride);
 }
 
 #if PIVRA_VECTORS

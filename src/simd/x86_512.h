@@ -41,23 +41,16 @@ PIVRA_INLINE U8 permute(U8 a, const Order &order, U8 b) {
   return (U8)_mm512_permutex2var_epi8((__m512i)a, _mm512_load_si512(&order), (__m512i)b);
 }
 
-// Bytes from k on of those whose first ones and last ones are in two registers,
-// `apart` bytes from each other.
-template <int k, int apart>
-constexpr Order kShifted = make_order([](int i) {
-  return k + i < 64 ? k + i : 64 + k + i - apart;
-});
-// Loads that cross cache lines cost more than permutations.
+// Loads that cross cache lines cost less than permutations.
 template <int n>
 PIVRA_INLINE Shifted<n> load_shifted(const uint8_t *&p) {
-  U8 first = load(p), last = load(p + n - 1);
-  asm("" : "+v"(first), "+v"(last));  // else GCC loads once for each use
+  Shifted<n> s;
+  for (int k = 0; k < n; ++k) {
+    s.from[k] = load(p + k);
+    asm("" : "+v"(s.from[k]));  // else GCC loads once for each use
+  }
   p += kBlock;
-  if constexpr (n == 1) return {{first}};
-  if constexpr (n == 3) return {{first, permute(first, kShifted<1, 2>, last), last}};
-  if constexpr (n == 5)
-    return {{first, permute(first, kShifted<1, 4>, last), permute(first, kShifted<2, 4>, last),
-             permute(first, kShifted<3, 4>, last), last}};
+  return s;
 }
 
 // Every other byte of two registers.
