@@ -67,11 +67,21 @@ PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
       : [step] "r"(step), "m"(*(const uint8_t(*)[kBlock])from));
   return w;
 }
+PIVRA_INLINE void store_and_step(uint8_t *&p, ptrdiff_t step, Whole w) {
+  uint8_t *to = p;
+  asm("vst1.8 {%e[w], %f[w]}, [%[p]], %[step]"
+      : [p] "+r"(p), "=m"(*(uint8_t(*)[kBlock])to)
+      : [w] "w"(w), [step] "r"(step));
+}
 #else
 PIVRA_INLINE Whole load_and_step(const uint8_t *&p, ptrdiff_t step) {
   const Whole w = vld1q_u8(p);
   p += step;
   return w;
+}
+PIVRA_INLINE void store_and_step(uint8_t *&p, ptrdiff_t step, Whole w) {
+  vst1q_u8(p, w);
+  p += step;
 }
 #endif
 template <int n>
@@ -386,6 +396,8 @@ PIVRA_INLINE Whole load_lanes(const uint8_t *p, ptrdiff_t step) {
   return vcombine_u8(vld1_u8(p), vld1_u8(p + step));
 }
 
+#define PIVRA_TRANSPOSES_SQUARES 1
+
 // Elements of some bytes as 2 x 2 matrices, whose rows are in a and b, transposed.
 #if defined(__arm__) && !defined(__clang__)
 // The intrinsics cost GCC moves.
@@ -395,6 +407,9 @@ PIVRA_INLINE void transpose_twos(V &a, V &b) {
     asm("vtrn.%c[bits] %q[a], %q[b]" : [a] "+w"(a), [b] "+w"(b) : [bits] "i"(8 * bytes));
   else
     asm("vtrn.%c[bits] %P[a], %P[b]" : [a] "+w"(a), [b] "+w"(b) : [bits] "i"(8 * bytes));
+}
+PIVRA_INLINE void transpose_halves(Whole &a, Whole &b) {
+  asm("vswp %f[a], %e[b]" : [a] "+w"(a), [b] "+w"(b));
 }
 #else
 #define PIVRA_TRANSPOSE_TWOS(Vector, q)                                                       \
@@ -414,14 +429,24 @@ PIVRA_INLINE void transpose_twos(V &a, V &b) {
 PIVRA_TRANSPOSE_TWOS(uint8x8_t, )
 PIVRA_TRANSPOSE_TWOS(uint8x16_t, q)
 #undef PIVRA_TRANSPOSE_TWOS
+PIVRA_INLINE void transpose_halves(Whole &a, Whole &b) {
+  const Whole high = vcombine_u8(vget_high_u8(a), vget_high_u8(b));
+  a = vcombine_u8(vget_low_u8(a), vget_low_u8(b));
+  b = high;
+}
 #endif
 
 // A matrix of n x n units, first as 2 x 2 matrices of its quarters, then these.
 template <int unit, int half, class V, int n>
 PIVRA_INLINE void transpose_quarters(V (&v)[n]) {
-#pragma GCC unroll 8
+#pragma GCC unroll 16
   for (int i = 0; i < n; ++i)
-    if ((i & half) == 0) transpose_twos<half * unit>(v[i], v[i + half]);
+    if ((i & half) == 0) {
+      if constexpr (half * unit == 8)
+        transpose_halves(v[i], v[i + half]);
+      else
+        transpose_twos<half * unit>(v[i], v[i + half]);
+    }
   if constexpr (half > 1) transpose_quarters<unit, half / 2>(v);
 }
 template <int unit, class V, int n>

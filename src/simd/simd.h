@@ -64,6 +64,8 @@
 //   load_lanes(p, step)       Whole, lane by lane from p, p + step, ...
 //   transpose<unit>(v)        of n registers an array, in place. Where n is the units of
 //                             a lane, register k gets unit k of each row, lane by lane
+//   load_and_step(p, step), store_and_step(p, step, w)  where n registers of n units can be
+//                             transposed too (PIVRA_TRANSPOSES_SQUARES): Whole, and p moved on
 //   load_lane(p)              Lane, of one row; n of them by 8 bytes can be transposed
 //   store_eights(p, step, l)  the 8-byte parts of a Lane to p, p + step, ...
 //   reverse<unit>(w)          the last unit first

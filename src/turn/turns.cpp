@@ -33,6 +33,26 @@ void mirror_units(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff
 
 // --- Blocks that are transposed in registers ---
 
+#if defined(PIVRA_TRANSPOSES_SQUARES)
+
+// As many rows as fill whole registers, and as many columns: the fewest loads as well.
+template <int unit>
+struct Square {
+  static constexpr ptrdiff_t kRows = kBlock / unit, kColumns = kRows;
+
+  PIVRA_INLINE static void transpose(const uint8_t *src, ptrdiff_t src_stride, ptrdiff_t dst_stride,
+                                     uint8_t *dst) {
+    Whole v[kRows];
+#pragma GCC unroll 16
+    for (Whole &row : v) row = load_and_step(src, src_stride);
+    PIVRA_LEVEL::transpose<unit>(v);
+#pragma GCC unroll 16
+    for (Whole &column : v) store_and_step(dst, dst_stride, column);
+  }
+};
+
+#endif
+
 // As many rows as fill whole registers: the fewest stores.
 template <int unit>
 struct Tall {
@@ -120,13 +140,19 @@ PIVRA_INLINE bool in_blocks(const uint8_t *src, ptrdiff_t width, ptrdiff_t heigh
   if (width < Block::kColumns || height < Block::kRows) return false;
   constexpr ptrdiff_t kBand = 64 / (unit == 3 ? 1 : unit);
   for (ptrdiff_t band = 0; band < height; band += kBand) {
-    const ptrdiff_t end = smaller(band + kBand, height);
+    const ptrdiff_t start = smaller(band, height - Block::kRows);
+    const ptrdiff_t rows = smaller(band + kBand, height) - start;
     for (ptrdiff_t at = 0; at < width; at += Block::kColumns) {
       const ptrdiff_t x = smaller(at, width - Block::kColumns);
-      for (ptrdiff_t from = band; from < end; from += Block::kRows) {
-        const ptrdiff_t y = smaller(from, height - Block::kRows);
-        Block::transpose(src + y * src_stride + x * unit, src_stride, dst_stride,
-                         dst + x * dst_stride + y * unit);
+      const uint8_t *from = src + start * src_stride + x * unit;
+      uint8_t *to = dst + x * dst_stride + start * unit;
+      for (ptrdiff_t left = rows;;) {
+        Block::transpose(from, src_stride, dst_stride, to);
+        left -= Block::kRows;
+        if (left <= 0) break;
+        const ptrdiff_t step = smaller(left, Block::kRows);
+        from += step * src_stride;
+        to += step * unit;
       }
     }
   }
@@ -151,6 +177,10 @@ PIVRA_INLINE void mirror_row(const uint8_t *src, ptrdiff_t bytes, uint8_t *dst) 
 template <int unit>
 void transpose(const uint8_t *src, ptrdiff_t width, ptrdiff_t height, ptrdiff_t src_stride,
                ptrdiff_t dst_stride, uint8_t *dst) {
+#if defined(PIVRA_TRANSPOSES_SQUARES)
+  if constexpr (unit != 3)
+    if (in_blocks<Square<unit>, unit>(src, width, height, src_stride, dst_stride, dst)) return;
+#endif
 #if PIVRA_VECTORS
   if (in_blocks<Tall<unit>, unit>(src, width, height, src_stride, dst_stride, dst)) return;
   if constexpr (unit != 3)
