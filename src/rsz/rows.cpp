@@ -104,14 +104,14 @@ constexpr bool kOfBytes<OfBytes<1>> = true;
 
 // How many outputs are the mean of the next two samples: all, if as many as a step has.
 int32_t halved_outputs(const Strip &strip) {
-  const bool halved = strip.whole == 2 && strip.count >= kHalves && strip.at[1] == 2;
-  return halved ? strip.count : 0;
+  return strip.even && strip.whole == 2 && strip.count >= kHalves ? strip.count : 0;
 }
 // And how many are a sample and its mean with the next one by turns: all but those of
 // the last sample, which has none.
 int32_t doubled_outputs(const Strip &strip) {
   int32_t outputs = strip.count / 2 * 2;
-  if (strip.whole != 2 || strip.count < 2 || strip.pair[0] || strip.at[1] != 0) return 0;
+  if (strip.even || strip.whole != 2 || strip.count < 2 || strip.pair[0] || strip.at[1] != 0)
+    return 0;
   while (outputs > 0 && !strip.pair[outputs - 1]) outputs -= 2;
   return outputs < 2 * kBlock ? 0 : outputs;
 }
@@ -122,15 +122,13 @@ PIVRA_INLINE void halve_rows(uint32_t outputs, const uint8_t *p, ptrdiff_t below
                              ptrdiff_t src_step, uint32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
   const uint32_t whole_steps = outputs / kHalves;
   const auto last_step = static_cast<ptrdiff_t>(outputs % kHalves) - kHalves;
-  const uint8_t *q = p + below;
   src_step -= 2 * static_cast<ptrdiff_t>(outputs);
   dst_step -= static_cast<ptrdiff_t>(outputs);
   const auto advance = [&](ptrdiff_t from, ptrdiff_t to) {
     p += from;
-    if (kTwoRows) q += from;
     dst += to;
   };
-  const auto step = [&] { kTwoRows ? halve(p, q, dst) : halve(p, dst); };
+  const auto step = [&] { kTwoRows ? halve(p, below, dst) : halve(p, dst); };
   for (; rows != 0; --rows) {
     uint32_t steps = whole_steps;
     do step();
@@ -155,6 +153,13 @@ PIVRA_INLINE void double_row(const uint8_t *src, ptrdiff_t samples, uint8_t *dst
 
 // --- Strips ---
 
+void list_even(Strip &strip) {
+  for (int32_t i = 0; i < strip.count; ++i) {
+    strip.at[i] = i * strip.whole;
+    strip.pair[i] = true;
+  }
+}
+
 template <class Sample>
 void plan(Strip &strip) {
   strip.blocks = strip.plain = 0;
@@ -165,6 +170,7 @@ void plan(Strip &strip) {
     if (strip.plain != 0) return;
   }
 #endif
+  if (strip.even) list_even(strip);
 #if defined(PIVRA_GATHERS)
   if (plan_gather<Sample>(strip) && !strip.all_means &&
       !(strip.windows == 1 && plan_weights<Sample>(strip)))

@@ -232,8 +232,11 @@ struct Strip {
   ptrdiff_t first, source;
   int32_t count, samples;
 
-  bool all_means;             // no output is weighed
-  int32_t whole;              // the ratio, if it has no remainder
+  bool all_means;  // no output is weighed
+  int32_t whole;   // the ratio, if it has no remainder
+  // Every output is the mean of the first two of `whole` samples. Until plan() finds that
+  // it takes them, `at` and `pair` are not listed then.
+  bool even;
   int32_t at[kStripOutputs];  // from `source` on
   uint8_t pair[kStripOutputs];
   Mix mix[kStripOutputs];  // unless all_means
@@ -321,8 +324,9 @@ class Walk {
  private:
   // Whether the row repeats itself soon enough.
   bool fill_whole_row(Row &row) {
+    if (outputs_ <= limit_) return false;
     const int64_t period = steps_.period(), in_64s = period * 64 / common_divisor(period, 64);
-    if (outputs_ <= limit_ || period <= 0 || in_64s > limit_) return false;
+    if (period <= 0 || in_64s > limit_) return false;
     const Steps start = steps_;
     const int64_t strips = (outputs_ + limit_ - 1) / limit_;
     const int64_t even = (outputs_ + strips * in_64s - 1) / (strips * in_64s) * in_64s;
@@ -346,8 +350,9 @@ class Walk {
   }
 
   static void fill(Strip &strip, Steps &steps) {
+    strip.even = Steps::kSkips && strip.whole != 0;
     if constexpr (Steps::kSkips)
-      if (strip.whole != 0) return fill_whole(strip, steps);
+      if (strip.even) return fill_even(strip, steps);
     auto step = steps.next();
     strip.source = step.at;
     for (int32_t i = 0;; step = steps.next()) {
@@ -359,12 +364,8 @@ class Walk {
     strip.samples = static_cast<int32_t>(step.at + step.pair + 1 - strip.source);
   }
   // Nothing is left over that would have to be carried on.
-  static void fill_whole(Strip &strip, Steps &steps) {
+  static void fill_even(Strip &strip, Steps &steps) {
     strip.source = steps.skip(strip.count);
-    for (int32_t i = 0; i < strip.count; ++i) {
-      strip.at[i] = i * strip.whole;
-      strip.pair[i] = true;
-    }
     strip.samples = (strip.count - 1) * strip.whole + 2;
   }
   static void keep_mix(Strip &, int32_t, const ShrinkStep &) {}

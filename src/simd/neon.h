@@ -649,14 +649,14 @@ PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1, Taps u0, Taps u1) {
 
 // No intrinsic of GCC 12 moves more than two registers at once as they are.
 constexpr int32_t kHalves = 64;
-PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
+PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
   asm volatile(
-      "vld1.8 {d0-d3}, [%[p]]!\n\t"
-      "vld1.8 {d4-d7}, [%[q]]!\n\t"
-      "vld1.8 {d16-d19}, [%[p]]!\n\t"
+      "vld1.8 {d0-d3}, [%[p]], %[below]\n\t"
+      "vld1.8 {d4-d7}, [%[p]], %[back]\n\t"
+      "vld1.8 {d16-d19}, [%[p]], %[below]\n\t"
       "vpaddl.u8 q0, q0\n\t"
       "vpaddl.u8 q1, q1\n\t"
-      "vld1.8 {d20-d23}, [%[q]]!\n\t"
+      "vld1.8 {d20-d23}, [%[p]], %[back]\n\t"
       "vpadal.u8 q0, q2\n\t"
       "vpadal.u8 q1, q3\n\t"
       "vpaddl.u8 q8, q8\n\t"
@@ -668,12 +668,12 @@ PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
       "vshrn.u16 d2, q8, #2\n\t"
       "vshrn.u16 d3, q9, #2\n\t"
       "vst1.8 {d0-d3}, [%[dst]]!\n\t"
-      "vld1.8 {d0-d3}, [%[p]]!\n\t"
-      "vld1.8 {d4-d7}, [%[q]]!\n\t"
-      "vld1.8 {d16-d19}, [%[p]]!\n\t"
+      "vld1.8 {d0-d3}, [%[p]], %[below]\n\t"
+      "vld1.8 {d4-d7}, [%[p]], %[back]\n\t"
+      "vld1.8 {d16-d19}, [%[p]], %[below]\n\t"
       "vpaddl.u8 q0, q0\n\t"
       "vpaddl.u8 q1, q1\n\t"
-      "vld1.8 {d20-d23}, [%[q]]!\n\t"
+      "vld1.8 {d20-d23}, [%[p]], %[back]\n\t"
       "vpadal.u8 q0, q2\n\t"
       "vpadal.u8 q1, q3\n\t"
       "vpaddl.u8 q8, q8\n\t"
@@ -685,8 +685,8 @@ PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
       "vshrn.u16 d2, q8, #2\n\t"
       "vshrn.u16 d3, q9, #2\n\t"
       "vst1.8 {d0-d3}, [%[dst]]!"
-      : [p] "+r"(p), [q] "+r"(q), [dst] "+r"(dst)
-      :
+      : [p] "+r"(p), [dst] "+r"(dst)
+      : [below] "r"(below), [back] "r"(32 - below)
       : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", "d18", "d19", "d20", "d21",
         "d22", "d23", "memory");
 }
@@ -694,12 +694,12 @@ PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
 #else
 
 constexpr int32_t kHalves = 16;
-PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
+PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
+  const uint8_t *q = p + below;
   const uint16x8_t first = vpadalq_u8(vpaddlq_u8(vld1q_u8(p)), vld1q_u8(q));
   const uint16x8_t second = vpadalq_u8(vpaddlq_u8(vld1q_u8(p + 16)), vld1q_u8(q + 16));
   vst1q_u8(dst, vcombine_u8(vshrn_n_u16(first, 2), vshrn_n_u16(second, 2)));
   p += 32;
-  q += 32;
   dst += 16;
 }
 

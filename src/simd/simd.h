@@ -122,8 +122,8 @@
 //   join_taps(sums)           those of two registers as bytes
 //   beside(a, b), join_beside(sums)  the same with bytes of two rows as taps
 //   truncated_mean(a, b)      of Whole
-//   halve(p, dst), halve(p, q, dst)  kHalves means of neighbours, of one row or of two,
-//                                    and all pointers moved on
+//   halve(p, dst), halve(p, below, dst)  kHalves means of neighbours, of one row or with
+//                                    the one so far below; pointers are moved on
 //
 // Other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.

@@ -465,12 +465,12 @@ PIVRA_INLINE void halve(const uint8_t *&p, uint8_t *&dst) {
   p += 2 * kBlock;
   dst += kBlock;
 }
-PIVRA_INLINE void halve(const uint8_t *&p, const uint8_t *&q, uint8_t *&dst) {
+PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
+  const uint8_t *q = p + below;
   const U16 first = add_taps(load(p)) + add_taps(load(q));
   const U16 second = add_taps(load(p + kBlock)) + add_taps(load(q + kBlock));
   store(dst, in_turn64(pack_sums({first >> 2, second >> 2})));
   p += 2 * kBlock;
-  q += 2 * kBlock;
   dst += kBlock;
 }
 
