@@ -19,15 +19,15 @@
 /**
  * Resizes a picture and converts its format.
  *
- * | source  | destination | how                                                              |
- * |---------|-------------|------------------------------------------------------------------|
- * | yuv420  | rgb565      | both axes shrink: averaged while it is converted; else resized through a scratch, plane by plane, then converted |
- * | t64x32  | rgb565      | the same, out of the tiles                                       |
- * | yuv420  | rgb888      | bilinear, in one pass                                            |
- * | yuv420  | yuv400      | the luma, bilinear                                               |
- * | yuv400  | yuv420      | the luma, bilinear; before that the first width x height bytes of plane 0 are filled with 16 and of the others with 128, without regard to the stride |
- * | yuv400  | rgb888      | pivra_rsz(), then pivra_csc(), through a grey picture            |
- * | rgb888  | yuv420      | the same through an RGB picture, three times dst's stride wide   |
+ *     yuv420, t64x32 to rgb565   averaged while it is converted if both axes shrink; else
+ *                                resized through a scratch, plane by plane, then converted
+ *     yuv420 to rgb888           bilinear, in one pass
+ *     yuv420 to yuv400           the luma, bilinear
+ *     yuv400 to yuv420           the same; before that the first width x height bytes of plane 0
+ *                                are filled with 16, of planes 1 and 2 with 128, whatever the
+ *                                strides
+ *     yuv400 to rgb888           pivra_rsz(), then pivra_csc(), through a grey picture
+ *     rgb888 to yuv420           the same through an RGB picture, its stride thrice that of dst
  *
  * resize_mode of dst chooses how pictures grow, as in pivra_rsz(). The scratch is one
  * allocation, released before the call ends.

@@ -19,10 +19,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "pivra.h"
 #include "rsz/shape.h"
-
-// Weight steps of the ramps of mode 1, by the size of the group.
-extern "C" __attribute__((visibility("default"))) const uint32_t scale[34];
 
 namespace pivra {
 

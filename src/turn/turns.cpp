@@ -138,7 +138,7 @@ template <class Block, int unit>
 PIVRA_INLINE bool in_blocks(const uint8_t *src, ptrdiff_t width, ptrdiff_t height,
                             ptrdiff_t src_stride, ptrdiff_t dst_stride, uint8_t *dst) {
   if (width < Block::kColumns || height < Block::kRows) return false;
-  constexpr ptrdiff_t kBand = 64 / (unit == 3 ? 1 : unit);
+  constexpr ptrdiff_t kBand = unit == 3 ? 64 : 64 / unit;
   for (ptrdiff_t band = 0; band < height; band += kBand) {
     const ptrdiff_t start = smaller(band, height - Block::kRows);
     const ptrdiff_t rows = smaller(band + kBand, height) - start;
