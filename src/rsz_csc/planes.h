@@ -60,9 +60,11 @@ class StripRows {
     if (!plane.tiled() || bytes_ <= kBytes) return;
     far_ = bytes_ - 2 * unit_;  // to the last two samples
     at_once_ = 1;
+    if (strip.even) strip.at[0] = 0, strip.pair[0] = strip.pair[1] = true;
     strip.at[1] = 3 - strip.pair[1];
     strip.samples = 4;
     strip.whole = 0;
+    strip.even = false;
   }
 
   // Two rows stay.
