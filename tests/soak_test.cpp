@@ -24,8 +24,9 @@ constexpr uint32_t kFrames = 10000;
 constexpr uint32_t kFrames = 1000;
 #endif
 
-// What an allocator keeps at hand; a leak would be a scratch buffer for every tenth frame.
-constexpr size_t kAtHand = 64 << 10;
+// What an allocator keeps at hand. A leak would be a scratch buffer for every tenth frame,
+// which is several times as much.
+constexpr size_t kAtHand = 512 << 10;
 
 class Frame {
  public:
