@@ -514,11 +514,12 @@ PIVRA_RGB_TO_RGB(PIVRA_DECLARE_CSC)
  * @{
  */
 
-/** Tiled layouts with the usual matrix to RGB. */
-#define PIVRA_TILED_TO_RGB(KERNEL)           \
-  PIVRA_TO_EVERY_RGB(KERNEL, T64X32, t64x32) \
-  KERNEL(T16X16, t16x16, RGBA8888, rgba8888) \
-  KERNEL(T256X16, t256x16, RGBA8888, rgba8888)
+/** Tiled layouts to RGB. */
+#define PIVRA_TILED_TO_RGB(KERNEL)             \
+  PIVRA_TO_EVERY_RGB(KERNEL, T64X32, t64x32)   \
+  KERNEL(T16X16, t16x16, RGBA8888, rgba8888)   \
+  KERNEL(T256X16, t256x16, RGBA8888, rgba8888) \
+  KERNEL(T8X8, t8x8, RGBA8888, rgba8888)
 
 /** Tiled layouts to linear 4:2:0 and back. */
 #define PIVRA_TILED_TO_LINEAR(KERNEL)    \
@@ -531,9 +532,8 @@ PIVRA_RGB_TO_RGB(PIVRA_DECLARE_CSC)
   KERNEL(YUV420, yuv420, T64X32, t64x32)
 
 /** Every kernel of a tiled layout. */
-#define PIVRA_TILED(KERNEL)              \
-  PIVRA_TILED_TO_RGB(KERNEL)             \
-  KERNEL(T8X8, t8x8, RGBA8888, rgba8888) \
+#define PIVRA_TILED(KERNEL)  \
+  PIVRA_TILED_TO_RGB(KERNEL) \
   PIVRA_TILED_TO_LINEAR(KERNEL)
 
 PIVRA_TILED(PIVRA_DECLARE_CSC)

@@ -63,10 +63,7 @@ void yuv420_to_t64x32(M m) { m.tile_yuv420(); }
    &TiledToRgb::source##_to_##destination},
 
 const std::vector<Kernel> kKernels = {
-    PIVRA_TILED_TO_RGB(PIVRA_RGB) PIVRA_TILED_TO_LINEAR(PIVRA_LINEAR){
-        "t8x8_to_rgba8888", PIVRA_FORMAT_T8X8, PIVRA_FORMAT_RGBA8888, [](M m) { m.t8x8_to_rgb(); },
-        [](M m, Planes s, Planes d) { call(pivra_csc_t8x8_to_rgba8888, m, s, d); },
-        &TiledToRgb::t8x8_to_rgba8888},
+    PIVRA_TILED_TO_RGB(PIVRA_RGB) PIVRA_TILED_TO_LINEAR(PIVRA_LINEAR)  //
     {"copy_8x8tiles_to_linear", -1, -1,
      [](M m) {
        m.copy_raster({8, 8, 64}, 0, m.width, m.height);

@@ -28,7 +28,6 @@ PIVRA_RGB_TO_RGB(PIVRA_DEFINE)
 #define PIVRA_DEFINE(SOURCE, source, DESTINATION, destination) \
   PIVRA_HAND_ON(tiled_to_rgb, source, destination)
 PIVRA_TILED_TO_RGB(PIVRA_DEFINE)
-PIVRA_DEFINE(T8X8, t8x8, RGBA8888, rgba8888)
 #undef PIVRA_DEFINE
 
 namespace {

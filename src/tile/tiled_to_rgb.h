@@ -11,7 +11,6 @@ namespace pivra {
   pivra_csc_kernel *source##_to_##destination;
 struct TiledToRgb {
   PIVRA_TILED_TO_RGB(PIVRA_MEMBER)
-  PIVRA_MEMBER(T8X8, t8x8, RGBA8888, rgba8888)
 };
 #undef PIVRA_MEMBER
 
