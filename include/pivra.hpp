@@ -16,6 +16,7 @@
 #define PIVRA_HPP
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

@@ -7,12 +7,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <random>
 #include <stdexcept>
 #include <vector>
+
+#include "pivra.h"
 
 namespace pivra::test {
 
@@ -84,6 +87,19 @@ class GuardedPlane {
 
   size_t page_, size_ = 0, count_ = 0;
   uint8_t *base_ = nullptr, *data_ = nullptr;
+};
+
+// A picture in guarded memory: what was in its planes, and what is.
+struct GuardedPicture {
+  std::vector<std::vector<uint8_t>> now() const {
+    std::vector<std::vector<uint8_t>> planes;
+    for (size_t p = 0; p < before.size(); ++p) planes.push_back(memory[p].content());
+    return planes;
+  }
+
+  ImageDesc desc{};
+  std::vector<std::vector<uint8_t>> before;
+  std::array<GuardedPlane, 3> memory;
 };
 
 // The planes as a model sees them: it reads and writes bytes by offset, and the

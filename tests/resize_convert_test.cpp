@@ -362,7 +362,7 @@ TEST_F(ResizeConvert, MakesTwoPasses) {
 // --- The dispatcher ---
 
 // Planes of a format and size, random unless `content` says otherwise.
-struct Picture {
+struct Picture : GuardedPicture {
   Picture(int32_t format, int32_t w, int32_t h, int32_t padding = 0) {
     desc.format = format;
     const bool yuv = format == PIVRA_FORMAT_YUV420 || format == PIVRA_FORMAT_T64X32;
@@ -382,15 +382,6 @@ struct Picture {
         for (int32_t x = 0; x < desc.stride[p]; ++x)
           desc.plane[p][y * desc.stride[p] + x] = value(p, x, y);
   }
-  std::vector<std::vector<uint8_t>> now() const {
-    std::vector<std::vector<uint8_t>> planes;
-    for (size_t p = 0; p < before.size(); ++p) planes.push_back(memory[p].content());
-    return planes;
-  }
-
-  ImageDesc desc{};
-  std::vector<std::vector<uint8_t>> before;
-  std::array<GuardedPlane, 3> memory;
 };
 
 constexpr int32_t kGrey = PIVRA_FORMAT_YUV400, kYuv = PIVRA_FORMAT_YUV420,

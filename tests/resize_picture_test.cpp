@@ -31,7 +31,7 @@ const std::vector<Layout> kLayouts = [] {
 }();
 
 // Planes behind the first one have half the size, rounded up.
-struct Picture {
+struct Picture : GuardedPicture {
   Picture(const Layout &layout, int32_t w, int32_t h, int32_t padding, size_t slack = 0) {
     desc.format = layout.format;
     for (size_t p = 0; p < layout.planes.size(); ++p) {
@@ -43,15 +43,6 @@ struct Picture {
       desc.plane[p] = memory[p].place(before[p], random_in(0, 1));
     }
   }
-  std::vector<std::vector<uint8_t>> now() const {
-    std::vector<std::vector<uint8_t>> planes;
-    for (size_t p = 0; p < before.size(); ++p) planes.push_back(memory[p].content());
-    return planes;
-  }
-
-  ImageDesc desc{};
-  std::vector<std::vector<uint8_t>> before;
-  std::array<GuardedPlane, 3> memory;
 };
 
 constexpr int32_t kNoRotation = -1;  // pivra_rsz

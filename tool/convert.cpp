@@ -120,8 +120,8 @@ void convert_clip(const ConvertOptions &options) {
   Clip clip(options.input, raw_shape(options));
   const FormatInfo &source = *find_format(clip.shape().format);
   const FormatInfo *turned = turned_format(source.code, wanted.turn);
-  wanted.format = &target_format(options, wanted.anaglyph    ? *find_format(PIVRA_FORMAT_RGB888)
-                                          : wanted.transcode ? *find_format(PIVRA_FORMAT_NV12)
+  wanted.format = &target_format(options, wanted.anaglyph    ? parse_format("rgb888")
+                                          : wanted.transcode ? parse_format("nv12")
                                           : turned           ? *turned
                                                              : source);
   Pipeline pipeline(clip.shape(), wanted);

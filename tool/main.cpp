@@ -20,8 +20,8 @@ using AddOption = std::function<CLI::Option *(const char *name, std::string &val
 // of raw input.
 AddOption add_files(CLI::App &command, ConvertOptions &options,
                     const char *raw_size = "-s,--size") {
-  const AddOption add = [&command](const char *name, std::string &value, const char *type,
-                                   const char *help) {
+  AddOption add = [&command](const char *name, std::string &value, const char *type,
+                             const char *help) {
     return command.add_option(name, value, help)->type_name(type);
   };
   add("input", options.input, "FILE", "Y4M, PNG, or raw frames with -f and -s; - is standard input")

@@ -356,7 +356,7 @@ inline void saturate(const ImageDesc &picture, double gain) {
 
   // For every value, which color_sat_lut() does not do.
   std::uint8_t table[256];
-  const int factor = static_cast<int>(gain * 1024 + 0.5);
+  const int factor = static_cast<int>(std::lround(gain * 1024));
   for (int x = 0; x < 256; ++x)
     table[x] = static_cast<std::uint8_t>(std::clamp((((x - 128) * factor) >> 10) + 128, 0, 255));
 
