@@ -8,7 +8,8 @@
 #include <thread>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// From the runtime itself: GCC does not install the header that has this.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #define PIVRA_ALLOCATED_BYTES __sanitizer_get_current_allocated_bytes()
 #else
 #define PIVRA_ALLOCATED_BYTES mallinfo2().uordblks
