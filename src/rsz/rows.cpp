@@ -93,18 +93,28 @@ void mix_blocks(const Strip &strip, const uint8_t *src, uint8_t *dst) {
 
 #endif
 
-// --- Halved and doubled rows of bytes ---
+// --- Halved rows, and doubled ones of bytes ---
 
 #if PIVRA_VECTORS
 
 template <class Sample>
-constexpr bool kOfBytes = false;
+constexpr bool kDoubles = false;
 template <>
-constexpr bool kOfBytes<OfBytes<1>> = true;
+constexpr bool kDoubles<OfBytes<1>> = true;
 
-// How many outputs are the mean of the next two samples: all, if as many as a step has.
-int32_t halved_outputs(const Strip &strip) {
-  return strip.even && strip.whole == 2 && strip.count >= kHalves ? strip.count : 0;
+// Of how many bytes a sample that is halved in steps is, or 0.
+template <class Sample>
+constexpr int kHalvedUnit = 0;
+template <>
+constexpr int kHalvedUnit<OfBytes<1>> = 1;
+template <>
+constexpr int kHalvedUnit<OfBytes<2>> = 2;
+template <>
+constexpr int kHalvedUnit<OfBytes<4>> = 4;
+
+// How many outputs are the mean of the next two samples: all, if they fill a step.
+int32_t halved_outputs(const Strip &strip, int unit) {
+  return strip.even && strip.whole == 2 && strip.count * unit >= kHalves ? strip.count : 0;
 }
 // And how many are a sample and its mean with the next one by turns: all but those of
 // the last sample, which has none.
@@ -116,29 +126,48 @@ int32_t doubled_outputs(const Strip &strip) {
   return outputs < 2 * kBlock ? 0 : outputs;
 }
 
-// Rows in steps of kHalves, the last one over the one before it.
-template <bool kTwoRows>
-PIVRA_INLINE void halve_rows(uint32_t outputs, const uint8_t *p, ptrdiff_t below,
-                             ptrdiff_t src_step, uint32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
-  const uint32_t whole_steps = outputs / kHalves;
-  const auto last_step = static_cast<ptrdiff_t>(outputs % kHalves) - kHalves;
-  src_step -= 2 * static_cast<ptrdiff_t>(outputs);
-  dst_step -= static_cast<ptrdiff_t>(outputs);
+// Rows in steps of kHalves bytes, the last one over the one before it.
+template <int unit, bool kTwoRows>
+PIVRA_INLINE void halve_rows(uint32_t bytes, const uint8_t *p, ptrdiff_t below, ptrdiff_t src_step,
+                             uint32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
+  const uint32_t in_whole_steps = bytes / kHalves * kHalves;
+  const auto last_step = static_cast<ptrdiff_t>(bytes % kHalves) - kHalves;
+  src_step -= 2 * static_cast<ptrdiff_t>(bytes);
+  dst_step -= static_cast<ptrdiff_t>(bytes);
   const auto advance = [&](ptrdiff_t from, ptrdiff_t to) {
     p += from;
     dst += to;
   };
-  const auto step = [&] { kTwoRows ? halve(p, below, dst) : halve(p, dst); };
+  const auto step = [&] { kTwoRows ? halve<unit>(p, below, dst) : halve<unit>(p, dst); };
   for (; rows != 0; --rows) {
-    uint32_t steps = whole_steps;
+    const uint8_t *const end = dst + in_whole_steps;
     do step();
-    while (--steps != 0);
+    while (dst != end);
     if (last_step != -kHalves) {
       advance(2 * last_step, last_step);
       step();
     }
     advance(src_step, dst_step);
   }
+}
+
+// Whether the strip was one to be halved.
+template <class Sample>
+bool halve_strips(const Strip &strip, const uint8_t *top, ptrdiff_t below, ptrdiff_t src_step,
+                  int32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
+  constexpr int unit = kHalvedUnit<Sample>;
+  if constexpr (unit != 0) {
+    if (strip.plain != 0 && rows > 0) {
+      const auto bytes = static_cast<uint32_t>(strip.count * unit);
+      const auto count = static_cast<uint32_t>(rows);
+      if (below == 0)
+        halve_rows<unit, false>(bytes, top, 0, src_step, count, dst, dst_step);
+      else
+        halve_rows<unit, true>(bytes, top, below, src_step, count, dst, dst_step);
+      return true;
+    }
+  }
+  return false;
 }
 
 PIVRA_INLINE void double_row(const uint8_t *src, ptrdiff_t samples, uint8_t *dst) {
@@ -164,11 +193,10 @@ template <class Sample>
 void plan(Strip &strip) {
   strip.blocks = strip.plain = 0;
 #if PIVRA_VECTORS
-  if constexpr (kOfBytes<Sample>) {
-    const int32_t halves = halved_outputs(strip);
-    strip.plain = halves != 0 ? halves : doubled_outputs(strip);
-    if (strip.plain != 0) return;
-  }
+  if constexpr (kHalvedUnit<Sample> != 0) strip.plain = halved_outputs(strip, kHalvedUnit<Sample>);
+  if constexpr (kDoubles<Sample>)
+    if (strip.plain == 0) strip.plain = doubled_outputs(strip);
+  if (strip.plain != 0) return;
 #endif
   if (strip.even) list_even(strip);
 #if defined(PIVRA_GATHERS)
@@ -181,10 +209,7 @@ void plan(Strip &strip) {
 template <class Sample>
 void shrink(const Strip &strip, const uint8_t *top, const uint8_t *bottom, uint8_t *dst) {
 #if PIVRA_VECTORS
-  if constexpr (kOfBytes<Sample>)
-    if (strip.plain != 0)
-      return bottom == nullptr ? halve_rows<false>(strip.count, top, 0, 0, 1, dst, 0)
-                               : halve_rows<true>(strip.count, top, bottom - top, 0, 1, dst, 0);
+  if (halve_strips<Sample>(strip, top, bottom == nullptr ? 0 : bottom - top, 0, 1, dst, 0)) return;
 #endif
 #if defined(PIVRA_GATHERS)
   const int windows = strip.blocks > 0 ? strip.windows : 0;
@@ -207,7 +232,7 @@ void shrink(const Strip &strip, const uint8_t *top, const uint8_t *bottom, uint8
 template <class Sample>
 void grow(const Strip &strip, const uint8_t *src, uint8_t *dst) {
 #if PIVRA_VECTORS
-  if constexpr (kOfBytes<Sample>)
+  if constexpr (kDoubles<Sample>)
     if (strip.plain != 0) {
       double_row(src, strip.plain / 2, dst);
       return mean_singly<Sample>(strip, strip.plain, src, dst);
@@ -226,12 +251,7 @@ template <class Sample>
 void shrink_rows(const Strip &strip, const uint8_t *top, ptrdiff_t below, ptrdiff_t src_step,
                  int32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
 #if PIVRA_VECTORS
-  if constexpr (kOfBytes<Sample>)
-    if (strip.plain != 0 && rows > 0) {
-      const auto outputs = static_cast<uint32_t>(strip.count), count = static_cast<uint32_t>(rows);
-      return below == 0 ? halve_rows<false>(outputs, top, 0, src_step, count, dst, dst_step)
-                        : halve_rows<true>(outputs, top, below, src_step, count, dst, dst_step);
-    }
+  if (halve_strips<Sample>(strip, top, below, src_step, rows, dst, dst_step)) return;
 #endif
   for (; rows > 0; --rows, top += src_step, dst += dst_step)
     shrink<Sample>(strip, top, below == 0 ? nullptr : top + below, dst);

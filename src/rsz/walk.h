@@ -152,9 +152,12 @@ class GrowSteps {
         quotient_(quotient < 0 ? 0 : quotient),
         remainder_(remainder),
         ramp_(ramp),
-        copy_(ramp ? Mix{64, 0, (1 << 24) / 64} : kCopy),
-        repeated_{weighed(quotient_ - 1, 1), weighed(quotient_, 1)},
-        extra_(weighed(1, quotient_)) {}
+        copy_(ramp ? Mix{64, 0, (1 << 24) / 64} : kCopy) {
+    if (last_ == 0) return;  // nothing to mix; axes that shrink come here, too
+    repeated_[0] = weighed(quotient_ - 1, 1);
+    repeated_[1] = weighed(quotient_, 1);
+    extra_ = weighed(1, quotient_);
+  }
 
   // Whether every output is a sample or the plain mean of two.
   bool all_means() const { return quotient_ == 1 || whole() == 2; }
@@ -210,7 +213,7 @@ class GrowSteps {
   int64_t samples_, quotient_, remainder_;
   bool ramp_, carry_ = false;
   Mix copy_;
-  Mix repeated_[2], extra_;  // what gaps are filled with, by whether they have one more
+  Mix repeated_[2]{}, extra_{};  // what gaps are filled with, by whether they have one more
   uint32_t step_ = 0;
   int64_t accumulator_ = 0, phase_ = 0;
   ptrdiff_t at_ = 0;
@@ -243,7 +246,7 @@ struct Strip {
   int32_t blocks;   // of outputs; 0: no vectors
   int32_t windows;  // of a register's part
   bool ramp;        // every mix is out of 64
-  int32_t plain;    // so many first outputs are of halved or doubled rows of bytes
+  int32_t plain;    // so many first outputs are halved or doubled in steps
   int32_t from[kStripBytes / 2];
   alignas(64) uint8_t index[2 * kStripBytes];
   alignas(64) uint8_t weight[2 * kStripBytes];
@@ -253,11 +256,11 @@ struct Strip {
 // The outputs of a row as strips of nearly the same length, in 64s.
 class StripCutter {
  public:
-  StripCutter(ptrdiff_t outputs, int32_t limit) : outputs_(outputs) {
+  StripCutter(ptrdiff_t outputs, int32_t limit) : outputs_(outputs), length_(limit) {
+    if (outputs <= limit) return;
     const ptrdiff_t strips = (outputs + limit - 1) / limit;
-    if (strips < 1) return;
     const ptrdiff_t even = ((outputs + strips - 1) / strips + 63) / 64 * 64;
-    length_ = static_cast<int32_t>(even < limit ? even : limit);
+    if (even < limit) length_ = static_cast<int32_t>(even);
   }
   // The next strip's outputs; whether there are any.
   bool cut(Strip &strip) {
@@ -273,7 +276,7 @@ class StripCutter {
 
  private:
   ptrdiff_t outputs_, done_ = 0;
-  int32_t length_ = 0;
+  int32_t length_;
 };
 
 // A strip, or a whole row: `repeats` strips that are alike, each `advance` samples behind

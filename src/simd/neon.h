@@ -645,6 +645,21 @@ PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1, Taps u0, Taps u1) {
   return vcombine_u8(vshrn_n_u16(add_taps(t0) + add_taps(u0), 2),
                      vshrn_n_u16(add_taps(t1) + add_taps(u1), 2));
 }
+
+// Units 2n and 2n + 1 of 32 bytes.
+template <int unit>
+PIVRA_INLINE Pair<Whole> load_unit_pairs(const uint8_t *p) {
+  if constexpr (unit == 1) {
+    return load_pairs(p);
+  } else if constexpr (unit == 2) {
+    const uint16x8x2_t v = vld2q_u16(reinterpret_cast<const uint16_t *>(p));
+    return {vreinterpretq_u8_u16(v.val[0]), vreinterpretq_u8_u16(v.val[1])};
+  } else {
+    const uint32x4x2_t v = vld2q_u32(reinterpret_cast<const uint32_t *>(p));
+    return {vreinterpretq_u8_u32(v.val[0]), vreinterpretq_u8_u32(v.val[1])};
+  }
+}
+
 #if defined(__arm__) && !defined(__clang__)
 
 // No intrinsic of GCC 12 moves more than two registers at once as they are.
@@ -667,7 +682,7 @@ constexpr int32_t kHalves = 64;
   "vshrn.u16 d2, q8, #2\n\t"               \
   "vshrn.u16 d3, q9, #2\n\t"               \
   "vst1.8 {d0-d3}, [%[dst]]!\n\t"
-PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
+PIVRA_INLINE void halve_bytes(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
   asm volatile(PIVRA_HALVE_32 PIVRA_HALVE_32
                : [p] "+r"(p), [dst] "+r"(dst)
                : [below] "r"(below), [back] "r"(32 - below)
@@ -679,7 +694,7 @@ PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
 #else
 
 constexpr int32_t kHalves = 16;
-PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
+PIVRA_INLINE void halve_bytes(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
   const uint8_t *q = p + below;
   const uint16x8_t first = vpadalq_u8(vpaddlq_u8(vld1q_u8(p)), vld1q_u8(q));
   const uint16x8_t second = vpadalq_u8(vpaddlq_u8(vld1q_u8(p + 16)), vld1q_u8(q + 16));
@@ -690,10 +705,25 @@ PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
 
 #endif
 
+template <int unit>
+PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
+  if constexpr (unit == 1) return halve_bytes(p, below, dst);
+  for (int i = 0; i < kHalves; i += 16) {
+    Pair<Whole> t = load_unit_pairs<unit>(p), b = load_unit_pairs<unit>(p + below);
+    const uint16x8_t low = vaddl_u8(vget_low_u8(t.even), vget_low_u8(t.odd)) +
+                           vaddl_u8(vget_low_u8(b.even), vget_low_u8(b.odd));
+    const uint16x8_t high = vaddl_u8(vget_high_u8(t.even), vget_high_u8(t.odd)) +
+                            vaddl_u8(vget_high_u8(b.even), vget_high_u8(b.odd));
+    vst1q_u8(dst, vcombine_u8(vshrn_n_u16(low, 2), vshrn_n_u16(high, 2)));
+    p += 32;
+    dst += 16;
+  }
+}
+template <int unit>
 PIVRA_INLINE void halve(const uint8_t *&p, uint8_t *&dst) {
   for (int i = 0; i < kHalves; i += 16) {
-    uint8x16x2_t v = vld2q_u8(p);
-    vst1q_u8(dst, vhaddq_u8(v.val[0], v.val[1]));
+    Pair<Whole> v = load_unit_pairs<unit>(p);
+    vst1q_u8(dst, truncated_mean(v.even, v.odd));
     p += 32;
     dst += 16;
   }

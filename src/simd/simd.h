@@ -122,8 +122,9 @@
 //   join_taps(sums)           those of two registers as bytes
 //   beside(a, b), join_beside(sums)  the same with bytes of two rows as taps
 //   truncated_mean(a, b)      of Whole
-//   halve(p, dst), halve(p, below, dst)  kHalves means of neighbours, of one row or with
-//                                    the one so far below; pointers are moved on
+//   halve<unit>(p, dst), halve<unit>(p, below, dst)  kHalves bytes, means of neighbours of
+//                             1, 2 or 4 bytes in one row or with the one so far below;
+//                             pointers are moved on
 //
 // Other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.
@@ -150,6 +151,12 @@ template <class T>
 struct Pair {
   T even, odd;
 };
+
+// Which byte becomes byte i if those of units 2n and 2n + 1 go side by side.
+template <int unit>
+constexpr int beside_byte(int i) {
+  return i / (2 * unit) * (2 * unit) + i % 2 * unit + i % (2 * unit) / 2;
+}
 
 // Which byte becomes byte i if the first `kept` of every `of` units are kept.
 template <int kept, int of, int unit>

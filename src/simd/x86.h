@@ -459,16 +459,25 @@ PIVRA_INLINE Whole mean_of_taps(Taps t0, Taps t1, Taps u0, Taps u1) {
   return join_taps({(add_taps(t0) + add_taps(u0)) >> 2, (add_taps(t1) + add_taps(u1)) >> 2});
 }
 constexpr int32_t kHalves = kBlock;
+template <int unit>
+PIVRA_INLINE U16 add_neighbours(const uint8_t *p) {
+  if constexpr (unit == 1)
+    return add_taps(load(p));
+  else
+    return add_taps(units_beside<unit>(load(p)));
+}
+template <int unit>
 PIVRA_INLINE void halve(const uint8_t *&p, uint8_t *&dst) {
-  const U16 first = add_taps(load(p)), second = add_taps(load(p + kBlock));
+  const U16 first = add_neighbours<unit>(p), second = add_neighbours<unit>(p + kBlock);
   store(dst, in_turn64(pack_sums({first >> 1, second >> 1})));
   p += 2 * kBlock;
   dst += kBlock;
 }
+template <int unit>
 PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
   const uint8_t *q = p + below;
-  const U16 first = add_taps(load(p)) + add_taps(load(q));
-  const U16 second = add_taps(load(p + kBlock)) + add_taps(load(q + kBlock));
+  const U16 first = add_neighbours<unit>(p) + add_neighbours<unit>(q);
+  const U16 second = add_neighbours<unit>(p + kBlock) + add_neighbours<unit>(q + kBlock);
   store(dst, in_turn64(pack_sums({first >> 2, second >> 2})));
   p += 2 * kBlock;
   dst += kBlock;

@@ -4,6 +4,7 @@
 
 namespace pivra::PIVRA_LEVEL {
 
+typedef uint32_t U32 __attribute__((vector_size(16)));
 typedef uint64_t U64 __attribute__((vector_size(16)));
 
 PIVRA_INLINE U8 load(const uint8_t *p) { return (U8)_mm_loadu_si128((const __m128i *)p); }
@@ -47,6 +48,16 @@ PIVRA_INLINE U8 in_turn64(U8 v) { return v; }
 // There is no byte shuffle to gather taps with, but rows are weighed as they are.
 constexpr int32_t kTapLane = 16;
 PIVRA_INLINE U8 taps_in_turn(U8 v) { return v; }
+template <int unit>
+PIVRA_INLINE Taps units_beside(U8 v) {
+  if constexpr (unit == 4) {
+    const __m128i words = _mm_shufflelo_epi16((__m128i)v, _MM_SHUFFLE(3, 1, 2, 0));
+    return units_beside<2>((U8)_mm_shufflehi_epi16(words, _MM_SHUFFLE(3, 1, 2, 0)));
+  } else {
+    const U32 d = (U32)v;
+    return (U8)((d & 0xFF0000FF) | (d >> 8 & 0xFF00) | (d << 8 & 0xFF0000));
+  }
+}
 
 PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
   _mm_storel_epi64((__m128i *)p, (__m128i)v);

@@ -160,6 +160,12 @@ PIVRA_INLINE void copy_kept(const uint8_t *src, uint8_t *dst) {
 #define PIVRA_GATHERS 1
 constexpr int32_t kTapLane = 16;
 PIVRA_INLINE U8 taps_in_turn(U8 v) { return v; }
+template <int unit>
+constexpr LaneOrder kBeside = make_lane_order([](int, int i) { return beside_byte<unit>(i); });
+template <int unit>
+PIVRA_INLINE Taps units_beside(U8 v) {
+  return shuffle(v, kBeside<unit>);
+}
 
 template <int windows>
 PIVRA_INLINE Taps gather(const uint8_t *src, const int32_t *from, U8 index) {

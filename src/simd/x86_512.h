@@ -253,6 +253,13 @@ PIVRA_INLINE U16 lanes_of_bits(uint32_t bits) { return (U16)_mm512_movm_epi16(bi
 constexpr int32_t kTapLane = 64;
 PIVRA_INLINE U8 taps_in_turn(U8 v) { return in_turn64(v); }
 
+template <int unit>
+constexpr Order kBeside = make_order(beside_byte<unit>);
+template <int unit>
+PIVRA_INLINE Taps units_beside(U8 v) {
+  return permute(v, kBeside<unit>);
+}
+
 template <int first>
 constexpr Order kEveryOtherWord = make_order([](int i) { return i / 2 * 4 + 2 * first + i % 2; });
 PIVRA_INLINE Pair<U16> word_taps(Taps t0, Taps t1) {
