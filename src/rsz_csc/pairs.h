@@ -21,6 +21,10 @@ struct PairsToRgb {
   // `within` bytes from its start on.
   void (*tiles_to_rows)(const uint8_t *const *tiles, int32_t count, ptrdiff_t within, int32_t rows,
                         uint8_t *dst, ptrdiff_t dst_step);
+  // Halves of two such rows of a tile side by side: truncated means of two neighbours and
+  // the two below them, of bytes and of pairs.
+  void (*halve_tiles[2])(const uint8_t *const *tiles, int32_t count, ptrdiff_t within,
+                         uint8_t *dst);
 
   void (*yuv420_to_rgb565)(const RowPair &rows, int32_t columns);
   void (*nv12_to_rgb565)(const RowPair &rows, int32_t columns);

@@ -56,10 +56,12 @@ class StripRows {
         unit_(kSampleBytes[plane.shape]),
         x_(static_cast<int32_t>(strip.source) * unit_),
         bytes_(strip.samples * unit_),
-        at_once_(step > 2 ? 1 : kRows) {
+        at_once_(step > 2 ? 1 : kRows),
+        halved_(plane.tiled() && strip.whole == 2 && x_ % k64x32.width == 0) {
     if (!plane.tiled() || bytes_ <= kBytes) return;
     far_ = bytes_ - 2 * unit_;  // to the last two samples
     at_once_ = 1;
+    halved_ = false;
     if (strip.even) strip.at[0] = 0, strip.pair[0] = strip.pair[1] = true;
     strip.at[1] = 3 - strip.pair[1];
     strip.samples = 4;
@@ -77,6 +79,16 @@ class StripRows {
     return to + ptrdiff_t{y % at_once_} * kPitch + (far_ == 0 ? x_ % k64x32.width : 0);
   }
 
+  // The mean of a row and the next one at half the width, if it can be had from the tiles
+  // as they are. Up to half a tile more is written.
+  bool halve(ptrdiff_t row, uint8_t *dst) {
+    const auto y = static_cast<int32_t>(row), within = y % k64x32.rows;
+    if (!halved_ || within + 1 == k64x32.rows) return false;
+    find_tiles(y / k64x32.rows);
+    pairs_.halve_tiles[unit_ - 1](tile_, tiles_, ptrdiff_t{within} * k64x32.width, dst);
+    return true;
+  }
+
  private:
   static constexpr int32_t kBytes = 4096, kPitch = kBytes + 2 * k64x32.width, kRows = 2;
 
@@ -87,11 +99,14 @@ class StripRows {
       plane_.read(x_ + far_, y, 2 * unit_, to + 2 * unit_);
       return;
     }
-    if (y / k64x32.rows != tile_row_) find_tiles(tile_row_ = y / k64x32.rows);
-    copy_(tile_, tiles_, ptrdiff_t{y % k64x32.rows} * k64x32.width, rows, to, kPitch);
+    find_tiles(y / k64x32.rows);
+    pairs_.tiles_to_rows(tile_, tiles_, ptrdiff_t{y % k64x32.rows} * k64x32.width, rows, to,
+                         kPitch);
   }
 
   void find_tiles(int32_t tile_row) {
+    if (tile_row == tile_row_) return;
+    tile_row_ = tile_row;
     int32_t x = x_ - x_ % k64x32.width;
     for (tiles_ = 0; x < x_ + bytes_; x += k64x32.width)
       tile_[tiles_++] = plane_.first + tile_offset(k64x32, plane_.tile_width, plane_.rows, x,
@@ -99,8 +114,10 @@ class StripRows {
   }
 
   const Plane &plane_;
-  const decltype(PairsToRgb::tiles_to_rows) copy_ = chosen(pairs_to_rgb_tables).tiles_to_rows;
-  int32_t unit_, x_, bytes_, at_once_, far_ = 0, block_ = -1;
+  const PairsToRgb &pairs_ = chosen(pairs_to_rgb_tables);
+  int32_t unit_, x_, bytes_, at_once_;
+  bool halved_;
+  int32_t far_ = 0, block_ = -1;
   int32_t tiles_ = 0, tile_row_ = -1;
   const uint8_t *tile_[kBytes / k64x32.width + 1];
   alignas(64) uint8_t buffer_[2][kRows * kPitch];

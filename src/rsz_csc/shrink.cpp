@@ -61,6 +61,7 @@ struct Shrink {
     const uint8_t *next() {
       const ShrinkStep step = down_.next();
       uint8_t *const line = line_[odd_ = !odd_].byte;
+      if (step.pair && rows_.halve(step.at, line)) return line;
       const uint8_t *top = rows_(step.at);
       engine_.shrink(strip_, top, step.pair ? rows_(step.at, true) : nullptr, line);
       return line;

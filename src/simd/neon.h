@@ -682,33 +682,39 @@ constexpr int32_t kHalves = 64;
   "vshrn.u16 d2, q8, #2\n\t"               \
   "vshrn.u16 d3, q9, #2\n\t"               \
   "vst1.8 {d0-d3}, [%[dst]]!\n\t"
+template <int bytes>
 PIVRA_INLINE void halve_bytes(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
-  asm volatile(PIVRA_HALVE_32 PIVRA_HALVE_32
-               : [p] "+r"(p), [dst] "+r"(dst)
-               : [below] "r"(below), [back] "r"(32 - below)
-               : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", "d18", "d19", "d20",
-                 "d21", "d22", "d23", "memory");
+#pragma GCC unroll 2
+  for (int i = 0; i < bytes; i += 32)
+    asm volatile(PIVRA_HALVE_32
+                 : [p] "+r"(p), [dst] "+r"(dst)
+                 : [below] "r"(below), [back] "r"(32 - below)
+                 : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", "d18", "d19",
+                   "d20", "d21", "d22", "d23", "memory");
 }
 #undef PIVRA_HALVE_32
 
 #else
 
 constexpr int32_t kHalves = 16;
+template <int bytes>
 PIVRA_INLINE void halve_bytes(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
-  const uint8_t *q = p + below;
-  const uint16x8_t first = vpadalq_u8(vpaddlq_u8(vld1q_u8(p)), vld1q_u8(q));
-  const uint16x8_t second = vpadalq_u8(vpaddlq_u8(vld1q_u8(p + 16)), vld1q_u8(q + 16));
-  vst1q_u8(dst, vcombine_u8(vshrn_n_u16(first, 2), vshrn_n_u16(second, 2)));
-  p += 32;
-  dst += 16;
+  for (int i = 0; i < bytes; i += 16) {
+    const uint8_t *q = p + below;
+    const uint16x8_t first = vpadalq_u8(vpaddlq_u8(vld1q_u8(p)), vld1q_u8(q));
+    const uint16x8_t second = vpadalq_u8(vpaddlq_u8(vld1q_u8(p + 16)), vld1q_u8(q + 16));
+    vst1q_u8(dst, vcombine_u8(vshrn_n_u16(first, 2), vshrn_n_u16(second, 2)));
+    p += 32;
+    dst += 16;
+  }
 }
 
 #endif
 
-template <int unit>
+template <int unit, int bytes = kHalves>
 PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
-  if constexpr (unit == 1) return halve_bytes(p, below, dst);
-  for (int i = 0; i < kHalves; i += 16) {
+  if constexpr (unit == 1) return halve_bytes<bytes>(p, below, dst);
+  for (int i = 0; i < bytes; i += 16) {
     Pair<Whole> t = load_unit_pairs<unit>(p), b = load_unit_pairs<unit>(p + below);
     const uint16x8_t low = vaddl_u8(vget_low_u8(t.even), vget_low_u8(t.odd)) +
                            vaddl_u8(vget_low_u8(b.even), vget_low_u8(b.odd));

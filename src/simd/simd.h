@@ -125,6 +125,7 @@
 //   halve<unit>(p, dst), halve<unit>(p, below, dst)  kHalves bytes, means of neighbours of
 //                             1, 2 or 4 bytes in one row or with the one so far below;
 //                             pointers are moved on
+//   halve<unit, 32>(p, below, dst)  32 bytes of them
 //
 // Other stores return the address behind what they wrote. GCC 12 keeps const aggregates
 // in memory, so locals of the types above that are structures are not const.

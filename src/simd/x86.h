@@ -474,13 +474,25 @@ PIVRA_INLINE void halve(const uint8_t *&p, uint8_t *&dst) {
   dst += kBlock;
 }
 template <int unit>
+PIVRA_INLINE U16 mean_of_rows(const uint8_t *p, ptrdiff_t below) {
+  return (add_neighbours<unit>(p) + add_neighbours<unit>(p + below)) >> 2;
+}
+template <int unit, int bytes = kHalves>
 PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
-  const uint8_t *q = p + below;
-  const U16 first = add_neighbours<unit>(p) + add_neighbours<unit>(q);
-  const U16 second = add_neighbours<unit>(p + kBlock) + add_neighbours<unit>(q + kBlock);
-  store(dst, in_turn64(pack_sums({first >> 2, second >> 2})));
-  p += 2 * kBlock;
-  dst += kBlock;
+  if constexpr (bytes < kBlock) {
+    const U16 means = mean_of_rows<unit>(p, below);
+    const U8 both = in_turn64(pack_sums({means, means}));
+    memcpy(dst, &both, bytes);
+    p += 2 * bytes;
+    dst += bytes;
+  } else {
+    for (int i = 0; i < bytes; i += kBlock) {
+      const U16 first = mean_of_rows<unit>(p, below);
+      store(dst, in_turn64(pack_sums({first, mean_of_rows<unit>(p + kBlock, below)})));
+      p += 2 * kBlock;
+      dst += kBlock;
+    }
+  }
 }
 
 #if !defined(__AVX512VBMI__)  // which does it in one step
