@@ -10,6 +10,9 @@
 
 namespace pivra {
 
+// In a row of a 64x32 tile.
+constexpr int32_t kTilePairs = 32;
+
 // A row of `pairs` byte pairs each; none if that is 0 or less. Rows do not
 // overlap, unless it says so.
 struct Repack {
@@ -17,6 +20,11 @@ struct Repack {
   void (*interleave)(const uint8_t *a, const uint8_t *b, ptrdiff_t pairs, uint8_t *dst);
   // The first bytes of the pairs to a, the second ones to b.
   void (*deinterleave)(const uint8_t *src, ptrdiff_t pairs, uint8_t *a, uint8_t *b);
+  // The same with so many rows of a tile, whose pairs lie row behind row.
+  void (*interleave_tile)(const uint8_t *a, ptrdiff_t stride_a, const uint8_t *b,
+                          ptrdiff_t stride_b, int32_t rows, uint8_t *dst);
+  void (*deinterleave_tile)(const uint8_t *src, int32_t rows, uint8_t *a, ptrdiff_t stride_a,
+                            uint8_t *b, ptrdiff_t stride_b);
   // The bytes of each pair exchanged; dst may be src.
   void (*swap_pairs)(const uint8_t *src, ptrdiff_t pairs, uint8_t *dst);
 };

@@ -37,26 +37,27 @@ void copy_to_linear(const uint8_t *src, int32_t width, int32_t height, int32_t d
   });
 }
 
-// Tiles of byte pairs to two planes: a whole tile at once and then by rows, which
-// step by full_stride_b in plane b.
+// Tiles of byte pairs to two planes. Rows of whole tiles step by full_stride_b in plane b.
 template <TileLayout kLayout>
 void unpack_to_linear(const uint8_t *src, int32_t width, int32_t height, int32_t stride_a,
                       uint8_t *dst_a, int32_t stride_b, int32_t full_stride_b, uint8_t *dst_b) {
   constexpr int32_t kPairs = kLayout.width / 2;
-  const auto deinterleave = chosen(repack_tables).deinterleave;
-  for_each_tile<kLayout>(width, height, [=](const Tile &tile) {
+  const Repack &repack = chosen(repack_tables);
+  for_each_tile<kLayout>(width, height, [=, &repack](const Tile &tile) {
     const uint8_t *from = src + tile_offset(kLayout, width, height, tile.x, tile.y);
     uint8_t *a = dst_a + ptrdiff_t{tile.y} * stride_a + tile.x / 2;
     uint8_t *b = dst_b + ptrdiff_t{tile.y} * stride_b + tile.x / 2;
-    if (tile.columns == kLayout.width) {
+    if (tile.columns < kLayout.width) {
+      for (ptrdiff_t row = 0; row < tile.rows; ++row)
+        repack.deinterleave(from + row * kLayout.width, tile.columns / 2, a + row * stride_a,
+                            b + row * stride_b);
+    } else if constexpr (kPairs == kTilePairs) {
+      repack.deinterleave_tile(from, tile.rows, a, stride_a, b, full_stride_b);
+    } else {
       uint8_t tile_a[kPairs * kLayout.rows], tile_b[kPairs * kLayout.rows];
-      deinterleave(from, kPairs * tile.rows, tile_a, tile_b);
+      repack.deinterleave(from, kPairs * tile.rows, tile_a, tile_b);
       copy_rows<kPairs>(tile_a, kPairs, kPairs, tile.rows, a, stride_a);
       copy_rows<kPairs>(tile_b, kPairs, kPairs, tile.rows, b, full_stride_b);
-    } else {
-      for (ptrdiff_t row = 0; row < tile.rows; ++row)
-        deinterleave(from + row * kLayout.width, tile.columns / 2, a + row * stride_a,
-                     b + row * stride_b);
     }
   });
 }
@@ -175,21 +176,17 @@ void pivra_csc_yuv420_to_t64x32(uint8_t **src, int32_t *width, int32_t *height, 
                              tile.columns, tile.rows, dst[0] + zigzag_offset(w, h, tile.x, tile.y),
                              kLayout.width);
   });
-  constexpr int32_t kPairs = kLayout.width / 2;
-  const auto interleave = chosen(repack_tables).interleave;
-  for_each_tile<kLayout>(w, h >> 1, [=](const Tile &tile) {
+  const Repack &repack = chosen(repack_tables);
+  for_each_tile<kLayout>(w, h >> 1, [=, &repack](const Tile &tile) {
     const uint8_t *u = src[1] + ptrdiff_t{tile.y} * src_stride[1] + tile.x / 2;
     const uint8_t *v = src[2] + ptrdiff_t{tile.y} * src_stride[2] + tile.x / 2;
     uint8_t *to = dst[1] + zigzag_offset(w, h >> 1, tile.x, tile.y);
     if (tile.columns == kLayout.width) {
-      uint8_t tile_u[kPairs * kLayout.rows], tile_v[kPairs * kLayout.rows];
-      copy_rows<kPairs>(u, src_stride[1], kPairs, tile.rows, tile_u, kPairs);
-      copy_rows<kPairs>(v, src_stride[2], kPairs, tile.rows, tile_v, kPairs);
-      interleave(tile_u, tile_v, kPairs * tile.rows, to);
+      repack.interleave_tile(u, src_stride[1], v, src_stride[2], tile.rows, to);
     } else {
       for (ptrdiff_t row = 0; row < tile.rows; ++row)
-        interleave(u + row * src_stride[1], v + row * src_stride[2], (tile.columns + 1) / 2,
-                   to + row * kLayout.width);
+        repack.interleave(u + row * src_stride[1], v + row * src_stride[2], (tile.columns + 1) / 2,
+                          to + row * kLayout.width);
     }
   });
 }
