@@ -17,7 +17,7 @@ bool avx2_supported() {
 bool avx512_supported() {
   __builtin_cpu_init();
   return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-         __builtin_cpu_supports("avx512vbmi") != 0;
+         __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("avx512vnni") != 0;
 }
 #endif
 

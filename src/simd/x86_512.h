@@ -1,5 +1,5 @@
-// AVX-512 with its byte permutations (VBMI): any byte of two registers to any
-// place, so that memory order takes one or two steps and no lanes show.
+// AVX-512 with its byte permutations (VBMI) and dot products (VNNI): any byte of two
+// registers to any place, so that memory order takes one or two steps and no lanes show.
 #ifndef PIVRA_SIMD_X86_512_H
 #define PIVRA_SIMD_X86_512_H
 
