@@ -1,129 +1,170 @@
-// The combined resizers told literally, an output pixel at a time. Their two-pass way is
-// put together of the models of the passes.
+// The combined resizers told literally, an output pixel at a time.
 #ifndef PIVRA_TESTS_RESIZE_CONVERT_MODEL_H
 #define PIVRA_TESTS_RESIZE_CONVERT_MODEL_H
 
-#include <functional>
-
-#include "guarded.h"
-#include "pivra.h"
-#include "yuv_to_rgb_model.h"
+#include "resize_model.h"
 
 namespace pivra::test {
 
-inline void model_store_565(ModelPlane &out, ptrdiff_t offset, const Colour &rgb) {
-  const int32_t word = (rgb[0] & 0xF8) << 8 | (rgb[1] & 0xFC) << 3 | rgb[2] >> 3;
-  out.write(offset, word & 255);
-  out.write(offset + 1, word >> 8);
-}
+// A yuv420 picture, as planes or as tiles that have both chromas in one, and the RGB that
+// is made of it.
+struct ResizeConvertModel {
+  ImageDesc src{}, dst{};
+  std::array<ModelPlane, 3> in = {};
+  ModelPlane out = {}, scratch = {};
 
-// A sample of plane p by column and row, and whether it lies in the lower row of a mean.
-using Fetch = std::function<int32_t(int32_t p, int32_t x, int32_t y, bool lower)>;
+  bool tiled = src.format == PIVRA_FORMAT_T64X32;
+  int32_t w = dst.width[0], h = dst.height[0], stride = dst.stride[0];
+  int32_t half_w = w / 2, half_h = h / 2, more_w = (w + 1) / 2, more_h = (h + 1) / 2;
 
-// Positions along an axis that shrinks, and where the remainder carries.
-struct ModelWalk {
-  int32_t quotient, remainder, modulus, acc = 0, at = 0;
-  bool carry = false;
-  void begin() {
-    acc += remainder;
-    carry = modulus > 0 && acc >= modulus;
+  // Of a plane; its rows are offsets, but numbers in tiles.
+  int32_t read(int p, ptrdiff_t row, ptrdiff_t x) {
+    if (!tiled) return in[p].read(row + x);
+    if (p > 0) x = 2 * x + p - 1, p = 1;
+    const auto address = [&](ptrdiff_t y) {
+      return address_64x32(src.width[0], src.height[p], int32_t(x), int32_t(y));
+    };
+    // Pairs of rows of a tile are there as a whole.
+    in[p].read(address(std::min<ptrdiff_t>(row | 1, src.height[p] - 1)) | 63);
+    return in[p].read(address(row));
   }
-  void end() {
-    if (carry) acc -= modulus;
-    at += quotient + carry;
+  Taps rows(const Taps &taps, ptrdiff_t below, ptrdiff_t step = 0) const {
+    return tiled ? taps : rows_at(taps, below, step);
   }
-};
-
-struct DirectShrinkModel {
-  int32_t width, height, dst_stride;
-  Fetch fetch;
-  ModelPlane &out;
-
-  int32_t mean(int32_t p, int32_t x, int32_t y, bool right, bool below) {
-    int32_t sum = 0;
-    for (int32_t j = 0; j <= below; ++j)
-      for (int32_t i = 0; i <= right; ++i) sum += fetch(p, x + i, y, j == 1);
-    return sum >> (right + below);
+  auto plane() {
+    return [this](int p, ptrdiff_t row, ptrdiff_t x) { return read(p, row, x); };
   }
 
-  // By whole factors: blocks of two by two, the odd last row alone.
-  void whole(int32_t qx, int32_t qy) {
-    for (int32_t y = 0; y < height; ++y) {
-      const bool alone = y == height - 1 && y % 2 == 0;
-      for (int32_t x = 0; x < (width & ~1); ++x) {
-        const int32_t luma = mean(0, x * qx, y * qy, true, true);
-        const int32_t c = x / 2 * qx, r = y / 2 * qy;
-        model_store_565(
-            out, ptrdiff_t{y} * dst_stride + 2 * x,
-            model_matrix(luma, mean(1, c, r, true, !alone), mean(2, c, r, true, !alone)));
+  template <class Fetch>
+  static int32_t weigh(Fetch fetch, int p, const Tap &x, const Tap &y) {
+    return int32_t(ResizeModel::weigh(
+        [&](ptrdiff_t row, ptrdiff_t column) {
+          return ResizeModel::Sample{uint32_t(fetch(p, row, column))};
+        },
+        x, y)[0]);
+  }
+
+  // Every pixel of the samples that taps fetch, to its line. Those of chroma serve two
+  // columns and two rows.
+  using PlaneTaps = std::array<Taps, 3>;
+  template <class Fetch, class Line>
+  void convert(const PlaneTaps &xs, const PlaneTaps &ys, Fetch fetch, Line line) {
+    for (ptrdiff_t y = 0; y < std::ssize(ys[0]); ++y)
+      for (ptrdiff_t x = 0; x < std::ssize(xs[0]); ++x) {
+        Colour c;
+        for (int p = 0; p < 3; ++p)
+          c[p] = weigh(fetch, p, xs[p][p ? x / 2 : x], ys[p][p ? y / 2 : y]);
+        const auto [r, g, b] = model_matrix(c[0], c[1], c[2]);
+        if (dst.format == PIVRA_FORMAT_RGB888) {
+          for (const int i : {0, 1, 2}) out.write(line(y) + 3 * x + i, std::array{r, g, b}[i]);
+          continue;
+        }
+        const int32_t word = (r & 0xF8) << 8 | (g & 0xFC) << 3 | b >> 3;
+        out.write(line(y) + 2 * x, word & 255);
+        out.write(line(y) + 2 * x + 1, word >> 8);
       }
-    }
+  }
+  template <class Fetch>
+  void convert(const PlaneTaps &xs, const PlaneTaps &ys, Fetch fetch) {
+    convert(xs, ys, fetch, [this](ptrdiff_t y) { return y * stride; });
   }
 
-  // By other factors. Sizes of the source's luma and chroma.
-  void fractional(int32_t w, int32_t h, int32_t cw, int32_t ch) {
-    const int32_t half_w = width / 2, half_h = height / 2;
-    ModelWalk row = {h / height, h % height, height};
-    ModelWalk chroma_row = {h / height, half_h ? ch % half_h : 0, half_h};
-    for (int32_t y = 0; y < height; ++y) {
-      row.begin();
-      if (y % 2 == 0) chroma_row.begin();
-      ModelWalk column = {w / width, w % width, width};
-      ModelWalk chroma = {half_w ? cw / half_w : 0, half_w ? cw % half_w : 0, half_w};
-      for (int32_t x = 0; x < width; ++x) {
-        column.begin();
-        if (x % 2 == 0) chroma.begin();
-        model_store_565(
-            out, ptrdiff_t{y} * dst_stride + 2 * x,
-            model_matrix(mean(0, column.at, row.at, column.carry, row.carry),
-                         mean(1, chroma.at, chroma_row.at, chroma.carry, chroma_row.carry),
-                         mean(2, chroma.at, chroma_row.at, chroma.carry, chroma_row.carry)));
-        column.end();
-        if (x % 2 == 1) chroma.end();
-      }
-      row.end();
-      if (y % 2 == 1) chroma_row.end();
+  // --- The ways ---
+
+  // Chroma of linear sources lies by the stride of luma, but blocks begin by its own.
+  int32_t below(int p) const { return p == 0 ? src.stride[0] : src.stride[0] / 2; }
+
+  // By whole factors, the means of two by two samples; chroma of an odd last row is alone.
+  void shrink_whole() {
+    const int32_t qx = src.width[0] / w, qy = src.height[0] / h;
+    PlaneTaps xs, ys;
+    for (int p = 0; p < 3; ++p) {
+      xs[p] = shrink(p ? half_w : 2 * half_w, qx, 0, true);
+      ys[p] = shrink(p ? more_h : h, tiled ? qy : 0, 0, true);
+      if (p > 0 && h % 2 != 0) ys[p].back().weight_n = 0, ys[p].back().divisor = 1;
+      ys[p] = rows(ys[p], below(p), ptrdiff_t{qy} * src.stride[p]);
     }
+    convert(xs, ys, plane());
   }
-};
 
-// The conversion behind the passes. `luma`, `u` and `v` are offsets into `scratch`.
-inline void model_convert_passes(const std::function<int32_t(ptrdiff_t)> &luma,
-                                 const std::function<int32_t(ptrdiff_t)> &u,
-                                 const std::function<int32_t(ptrdiff_t)> &v, int32_t width,
-                                 int32_t height, int32_t stride, bool pairs, ModelPlane &out) {
-  const int32_t rows = pairs ? (height + 1) & ~1 : height;
-  for (int32_t y = 0; y < rows; ++y) {
-    const ptrdiff_t at =
-        pairs ? ptrdiff_t{y & ~1} * stride + (y & 1) * (stride & ~1) : ptrdiff_t{y} * (stride & ~1);
-    for (int32_t x = 0; x < ((width + 1) & ~1); ++x) {
-      const ptrdiff_t chroma = ptrdiff_t{y / 2} * (stride >> 2) + x / 2;
-      model_store_565(out, at + 2 * x,
-                      model_matrix(luma(ptrdiff_t{y} * (stride >> 1) + x), u(chroma), v(chroma)));
+  void shrink_by_others() {
+    PlaneTaps xs, ys;
+    for (int p = 0; p < 3; ++p) {
+      const int32_t columns = p ? std::max(half_w, 1) : w, lines = p ? std::max(half_h, 1) : h;
+      xs[p] =
+          shrink(p ? more_w : w, src.width[p] / columns, src.width[p] % columns, false, columns);
+      ys[p] = shrink(p ? more_h : h, src.height[0] / h, src.height[p] % lines, false, lines);
+      for (Tap &x : xs[p])
+        for (ptrdiff_t *at : {&x.c, &x.n}) *at = std::min<ptrdiff_t>(*at, src.width[p] - 1);
+      for (Tap &y : ys[p])
+        for (ptrdiff_t *at : {&y.c, &y.n}) *at = std::min<ptrdiff_t>(*at, src.height[p] - 1);
+      ys[p] = rows(ys[p], below(p));
     }
+    convert(xs, ys, plane());
   }
-}
 
-// A bilinear sample at (x, y) in units of 2^-18 of samples decimated by 2^sx and 2^sy.
-// A neighbour that counts nothing is not looked at.
-inline int32_t model_bilinear(const std::function<int32_t(int32_t, int32_t)> &sample, int32_t x,
-                              int32_t y, int32_t sx, int32_t sy) {
-  const int32_t c = x >> 18 << sx, r = y >> 18 << sy, i = x >> 15 & 7, j = y >> 15 & 7;
-  int32_t sum = (8 - i) * (8 - j) * sample(c, r);
-  if (i) sum += i * (8 - j) * sample(c + (1 << sx), r);
-  if (j) sum += (8 - i) * j * sample(c, r + (1 << sy));
-  if (i && j) sum += i * j * sample(c + (1 << sx), r + (1 << sy));
-  return sum >> 6;
-}
+  void interpolate() {
+    PlaneTaps xs, ys;
+    for (int p = 0; p < 3; ++p) {
+      xs[p] = bilinear(p ? more_w : w, step_word(src.width[p], p ? half_w : w));
+      ys[p] = bilinear(p ? more_h : h, step_word(src.height[p], p ? more_h : h));
+      ys[p] = rows(ys[p], src.stride[p]);
+    }
+    convert(xs, ys, plane());
+  }
 
-// Step and decimation from one length to another.
-struct ModelSteps {
-  int32_t shift = 0, step = 0;
-  ModelSteps(int32_t from, int32_t to) {
-    if (to < 1) return;
-    const int32_t ratio = std::min(from / to, 31);
-    shift = ratio < 3 ? 0 : ratio < 5 ? 1 : ratio < 9 ? 2 : ratio < 17 ? 3 : 4;
-    step = (((from - 1) >> shift) << 18) / to;
+  // What the passes leave, in pairs of rows or row by row.
+  template <class Fetch>
+  void convert_passes(bool pairs, Fetch fetch) {
+    const Taps y = rows_at(each(pairs ? 2 * more_h : h), stride >> 1);
+    const Taps c = rows_at(each(more_h), stride >> 2);
+    convert({each(2 * more_w), each(more_w), each(more_w)}, {y, c, c}, fetch, [&](ptrdiff_t row) {
+      return pairs ? (row & ~1) * stride + (row & 1) * (stride & ~1) : row * (stride & ~1);
+    });
+  }
+
+  // The ratio is that of luma, the remainder the plane's own.
+  Taps pass(int32_t from, int32_t to, int32_t luma_from, int32_t luma_to) const {
+    if (from == 0 || to == 0) return {};
+    const bool mode1 = dst.resize_mode == PIVRA_RSZ_MODE1;
+    if (luma_to >= luma_from)
+      return grow(to, from, uint32_t(luma_to / luma_from), to % from, mode1);
+    const int32_t q = luma_from / luma_to, r = from % to;
+    return shrink(to, q, r, r == 0 && q > 1);
+  }
+  void two_passes() {
+    const int32_t sh = src.height[0];
+    const std::array<ptrdiff_t, 3> pitch = {stride >> 1, stride >> 2, stride >> 2};
+    // The planes in the scratch, before and after the pass over columns.
+    const std::array<ptrdiff_t, 3> before = {0, w * sh, w * sh + sh / 2 * half_w};
+    std::array<ptrdiff_t, 3> after = {w * sh + (src.height[1] + src.height[2]) * half_w};
+    after[1] = after[0] + h * pitch[0];
+    after[2] = after[1] + half_h * pitch[1];
+
+    // The rows of both chromas may be at the same place: those of tiles come by turns.
+    using Planes = std::vector<int>;
+    for (const Planes &planes :
+         tiled ? std::vector<Planes>{{0}, {1, 2}} : std::vector<Planes>{{0}, {1}, {2}})
+      for (int32_t y = 0; y < src.height[planes[0]]; ++y)
+        for (const int p : planes) {
+          const Taps xs = pass(src.width[p], p ? half_w : w, src.width[0], w);
+          const Tap row = rows(Taps{{y, y, 1, 0, 1}}, src.stride[p])[0];
+          for (ptrdiff_t x = 0; x < std::ssize(xs); ++x)
+            scratch.write(before[p] + y * std::ssize(xs) + x, weigh(plane(), p, xs[x], row));
+        }
+    const auto in_scratch = [this](const auto &planes) {
+      return [this, planes](int p, ptrdiff_t row, ptrdiff_t x) {
+        return scratch.read(planes[p] + row + x);
+      };
+    };
+    for (int p = 0; p < 3; ++p) {
+      const Taps xs = each(p ? half_w : w);
+      const Taps ys = rows_at(pass(src.height[p], p ? half_h : h, sh, h), std::ssize(xs));
+      for (ptrdiff_t y = 0; y < std::ssize(ys); ++y)
+        for (ptrdiff_t x = 0; x < std::ssize(xs); ++x)
+          scratch.write(after[p] + y * pitch[p] + x, weigh(in_scratch(before), p, xs[x], ys[y]));
+    }
+    convert_passes(h % 2 == 0, in_scratch(after));
   }
 };
 

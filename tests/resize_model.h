@@ -16,13 +16,15 @@ struct Tap {
 };
 using Taps = std::vector<Tap>;
 
-inline Taps shrink(int32_t count, int32_t q, int32_t r, bool always = false) {
+// The remainder is that of so many outputs as `modulus` says, or of all.
+inline Taps shrink(int32_t count, int32_t q, int32_t r, bool always = false, int32_t modulus = 0) {
+  if (modulus == 0) modulus = count;
   Taps taps;
   for (int32_t at = 0, counter = 0; std::ssize(taps) < count; at += q) {
     counter += r;
-    const bool overflow = counter >= count, mean = overflow || always;
+    const bool overflow = counter >= modulus, mean = overflow || always;
     taps.push_back({at, at + 1, 1, mean, 1u + mean});
-    if (overflow) counter -= count, ++at;
+    if (overflow) counter -= modulus, ++at;
   }
   return taps;
 }
@@ -45,6 +47,24 @@ inline Taps grow(int32_t count, int32_t from, uint32_t u, int32_t r, bool mode1)
                              : Tap{c, n, 1, u, u + 1});
   }
   taps.resize(count);
+  return taps;
+}
+
+// The step between outputs in units of 2^-18 of every few samples, times 8, and the
+// logarithm of these few.
+inline int32_t step_word(int32_t from, int32_t to) {
+  if (to < 1) return 0;
+  const int32_t ratio = from / to;
+  const int32_t shift = ratio < 3 ? 0 : ratio < 5 ? 1 : ratio < 9 ? 2 : ratio < 17 ? 3 : 4;
+  return (((from - 1) >> shift) << 18) / to * 8 + shift;
+}
+inline Taps bilinear(int32_t count, int32_t word) {
+  Taps taps;
+  for (int32_t i = 0, at = 0; i < count; ++i, at += word >> 3) {
+    const ptrdiff_t c = ptrdiff_t{at >> 18} << (word & 7);
+    const uint32_t f = at >> 15 & 7;
+    taps.push_back({c, c + (ptrdiff_t{1} << (word & 7)), 8 - f, f, 8});
+  }
   return taps;
 }
 
@@ -192,16 +212,7 @@ struct ResizeModel {
   }
 
   void org(int32_t step_x, int32_t step_y) {
-    const auto taps = [](int32_t count, int32_t word) {
-      Taps found;
-      for (int32_t i = 0, at = 0; i < count; ++i, at += word >> 3) {
-        const ptrdiff_t c = ptrdiff_t{at >> 18} << (word & 7);
-        const uint32_t f = at >> 15 & 7;
-        found.push_back({c, c + (ptrdiff_t{1} << (word & 7)), 8 - f, f, 8});
-      }
-      return found;
-    };
-    to_plane(taps(w, step_x), rows_at(taps(h, step_y), src_stride), samples());
+    to_plane(bilinear(w, step_x), rows_at(bilinear(h, step_y), src_stride), samples());
   }
 
   // --- The kernels of a plane ---
