@@ -1,10 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <array>
-
-#include "guarded.h"
-#include "levels.h"
-#include "pivra.h"
+#include "compare.h"
 
 namespace pivra::test {
 namespace {
@@ -71,53 +65,38 @@ constexpr Resizer kResizers[] = {{"1080p_720p", k3To2, pivra_txc_rsz_1080p_720p,
                                  {"1080p_qhd", k2To1, pivra_txc_rsz_1080p_qhd, true},
                                  {"720p_qhd", k4To3, pivra_txc_rsz_720p_qhd, false}};
 
-void expect_equal_to_model(const Resizer &resizer, int32_t width, int32_t height) {
+void expect_equal(const Resizer &resizer, int32_t width, int32_t height) {
   ImageDesc src{}, dst{};
-  dst.width[0] = width;
-  dst.height[0] = height;
-  dst.width[1] = random_in(0, 1) ? width / 2 : random_in(0, width);
-  dst.height[1] = random_in(0, 1) ? height / 2 : random_in(0, height);
-
-  std::array<ModelPlane, 2> in, out;
-  const auto run_model = [&] {
-    for (int32_t p : {0, 1})
-      model(resizer.ratio, p + 1, in[p], out[p], resizer.fixed ? 960 / (p + 1) : dst.width[p],
-            resizer.fixed ? 540 / (p + 1) : dst.height[p], src.stride[p], dst.stride[p]);
-  };
+  std::array<ModelPlane, 4> planes;
   for (int32_t p : {0, 1}) {
+    dst.width[p] = p == 0 ? width : random_in(0, 1) ? width / 2 : random_in(0, width);
+    dst.height[p] = p == 0 ? height : random_in(0, 1) ? height / 2 : random_in(0, height);
     src.stride[p] = (resizer.fixed ? 1920 : 2 * width * (p + 1)) + random_in(0, 70);
     dst.stride[p] = (resizer.fixed ? 960 : width * (p + 1)) + random_in(0, 70);
   }
-  run_model();  // finds out what is touched
-  std::array<GuardedPlane, 4> memory;
-  for (size_t p : {0, 1}) {
-    in[p].bytes = noise(in[p].bytes.size());
-    out[p].bytes = noise(out[p].bytes.size());
-    src.plane[p] = memory[p].place(in[p].bytes, random_in(0, 1));
-    dst.plane[p] = memory[2 + p].place(out[p].bytes, random_in(0, 1));
-  }
-  run_model();
-  ASSERT_EQ(resizer.run(&src, &dst), PIVRA_OK);
-  for (size_t p : {0, 1})
-    ASSERT_EQ(memory[2 + p].content(), out[p].bytes)
-        << resizer.name << " plane " << p << ", " << dst.width[p] << "x" << dst.height[p];
+  expect_equal_to_model(
+      std::string(resizer.name) + " " + std::to_string(width) + "x" + std::to_string(height),
+      {&planes[0], &planes[1], &planes[2], &planes[3]},
+      [&] {
+        for (int32_t p : {0, 1})
+          model(resizer.ratio, p + 1, planes[p], planes[2 + p],
+                resizer.fixed ? 960 / (p + 1) : dst.width[p],
+                resizer.fixed ? 540 / (p + 1) : dst.height[p], src.stride[p], dst.stride[p]);
+      },
+      [&](uint8_t **at) {
+        std::copy_n(at, 2, src.plane);
+        std::copy_n(at + 2, 2, dst.plane);
+        EXPECT_EQ(resizer.run(&src, &dst), PIVRA_OK);
+      });
 }
 
 TEST(FixedRatio, EqualsTheModelAtEveryLevel) {
-  const size_t chosen = chosen_level;
-  for (size_t level = 0; level < kLevels && !testing::Test::HasFatalFailure(); ++level) {
-    if (!levels[level].supported()) continue;
-    SCOPED_TRACE(levels[level].name);
-    chosen_level = level;
+  rounds_at_every_level(100, [](int round) {
     for (const Resizer &resizer : kResizers)
-      for (int round = 0; round < (resizer.fixed ? 2 : 100); ++round) {
-        expect_equal_to_model(resizer, random_in(1, 500), random_in(1, 20));
-        if (testing::Test::HasFatalFailure()) break;
-      }
-  }
-  chosen_level = chosen;
-  expect_equal_to_model(kResizers[0], 1280, 720);
-  expect_equal_to_model(kResizers[2], 960, 540);
+      if (!resizer.fixed || round < 2) expect_equal(resizer, random_in(1, 500), random_in(1, 20));
+  });
+  expect_equal(kResizers[0], 1280, 720);
+  expect_equal(kResizers[2], 960, 540);
 }
 
 TEST(FixedRatio, LeavesEmptyPicturesAlone) {
