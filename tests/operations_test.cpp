@@ -40,72 +40,58 @@ TEST(Operations, TurnThereAndBack) {
     }
 }
 
-// Padding changes nothing, and to the same size nothing changes.
-TEST(Operations, ResizeWithAnyStride) {
-  for (const FormatInfo &info : formats()) {
-    if (!resizes(info.code)) continue;
-    const int32_t width = random_in(1, 90), height = random_in(1, 90);
-    const int32_t to_width = random_in(1, 90), to_height = random_in(1, 90);
-    Picture tight = noisy(info.code, width, height), padded(info.code, width, height, 7);
+// A padded source, and another padding of what is made, change nothing; and to the same
+// size nothing changes. operation(source, destination)
+template <class Operation>
+void expect_any_stride(const Picture &src, int32_t alignment, const Picture &dst,
+                       Operation operation) {
+  Picture tight = src, padded(src.format(), src.width(), src.height(), alignment), same = tight;
+  if (src.format() == PIVRA_FORMAT_T64X32) {
+    padded = tight;
+  } else {
     resize(tight.desc(), padded.desc());
-    Picture same(info.code, width, height);
     resize(padded.desc(), same.desc());
-    EXPECT_TRUE(equal(tight, same)) << info.name;
-    for (const Growth growth : {Growth::kRepeat, Growth::kRamp}) {
-      Picture a(info.code, to_width, to_height), b(info.code, to_width, to_height, 7),
-          c(info.code, to_width, to_height);
-      resize(tight.desc(), a.desc(), growth);
-      resize(padded.desc(), b.desc(), growth);
-      resize(b.desc(), c.desc());
-      EXPECT_TRUE(equal(a, c)) << info.name << " " << width << "x" << height << " to " << to_width
-                               << "x" << to_height;
-    }
+    EXPECT_TRUE(equal(tight, same));
   }
+  Picture a = dst, b(dst.format(), dst.width(), dst.height(), 7), c = dst;
+  operation(tight, a);
+  operation(padded, b);
+  resize(b.desc(), c.desc());
+  EXPECT_TRUE(equal(a, c)) << find_format(src.format())->name << " " << src.width() << "x"
+                           << src.height() << " to " << find_format(dst.format())->name << " "
+                           << dst.width() << "x" << dst.height();
 }
 
-TEST(Operations, ResizeAndConvertWithAnyStride) {
-  for (const auto &[from, to] : detail::kResizedAndConverted)
-    for (const auto &[width, height] : {std::pair(20, 14), std::pair(90, 66), std::pair(30, 80)}) {
-      Picture tight = noisy(from, 64, 48), padded(from, 64, 48, 32);
-      if (from == PIVRA_FORMAT_T64X32)
-        padded = tight;
-      else
-        resize(tight.desc(), padded.desc());
-      Picture a(to, width, height), b(to, width, height, 7), c(to, width, height);
-      resize_and_convert(tight.desc(), a.desc());
-      resize_and_convert(padded.desc(), b.desc());
-      resize(b.desc(), c.desc());
-      EXPECT_TRUE(equal(a, c)) << find_format(from)->name << " to " << find_format(to)->name;
+TEST(Operations, ResizeWithAnyStride) {
+  for (const FormatInfo &info : formats())
+    for (const Growth growth : {Growth::kRepeat, Growth::kRamp}) {
+      if (!resizes(info.code)) continue;
+      const Picture dst(info.code, random_in(1, 90), random_in(1, 90));
+      expect_any_stride(noisy(info.code, random_in(1, 90), random_in(1, 90)), 7, dst,
+                        [=](Picture &a, Picture &b) { resize(a.desc(), b.desc(), growth); });
     }
+}
+
+TEST(Operations, ConvertWithAnyStride) {
+  for (const auto &[from, to] : detail::kResizedAndConverted)
+    for (const auto &[width, height] : {std::pair(20, 14), std::pair(90, 66), std::pair(30, 80)})
+      expect_any_stride(noisy(from, 64, 48), 32, Picture(to, width, height),
+                        [](Picture &a, Picture &b) { resize_and_convert(a.desc(), b.desc()); });
+  for (const auto &[from, to] : detail::kDithered)
+    expect_any_stride(noisy(from, 34, 26), 32, Picture(to, 34, 26),
+                      [](Picture &a, Picture &b) { dither(a.desc(), b.desc()); });
 }
 
 TEST(Operations, FilterWithAnyStride) {
   for (const int32_t format : {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV444}) {
-    Picture tight = noisy(format, 67, 45), padded(format, 67, 45, 32), back(format, 67, 45);
-    resize(tight.desc(), padded.desc());
-    for (Picture *picture : {&tight, &padded}) {
-      deblock(picture->desc(), 9);
-      saturate(picture->desc(), 1.3);
-    }
-    Picture sharp(format, 67, 45), sharp_padded(format, 67, 45, 32);
-    enhance_detail(tight.desc(), sharp.desc());
-    enhance_detail(padded.desc(), sharp_padded.desc());
-    resize(padded.desc(), back.desc());
-    EXPECT_TRUE(equal(tight, back));
-    resize(sharp_padded.desc(), back.desc());
-    EXPECT_TRUE(equal(sharp, back));
-  }
-}
-
-TEST(Operations, DitherWithAnyStride) {
-  for (const auto &[from, to] : detail::kDithered) {
-    Picture tight = noisy(from, 34, 26), padded(from, 34, 26, 32);
-    resize(tight.desc(), padded.desc());
-    Picture a(to, 34, 26), b(to, 34, 26, 7), c(to, 34, 26);
-    dither(tight.desc(), a.desc());
-    dither(padded.desc(), b.desc());
-    resize(b.desc(), c.desc());
-    EXPECT_TRUE(equal(a, c)) << find_format(from)->name << " to " << find_format(to)->name;
+    const Picture src = noisy(format, 67, 45), dst(format, 67, 45);
+    expect_any_stride(src, 32, dst, [](Picture &a, Picture &b) {
+      resize(a.desc(), b.desc());
+      deblock(b.desc(), 9);
+      saturate(b.desc(), 1.3);
+    });
+    expect_any_stride(src, 32, dst,
+                      [](Picture &a, Picture &b) { enhance_detail(a.desc(), b.desc()); });
   }
 }
 

@@ -59,8 +59,15 @@ class Frame {
     return one == than ? one + 1 : one;
   }
 
-  Picture noisy(int32_t format, int32_t width, int32_t height) {
-    Picture picture(format, width, height);
+  struct Size {
+    int32_t width, height;
+  };
+  static Size turned(Turn turn, Size size) {
+    return is_quarter(turn) ? Size{size.height, size.width} : size;
+  }
+
+  Picture noisy(int32_t format, Size size) {
+    Picture picture(format, size.width, size.height);
     for (uint8_t &byte : picture.bytes()) byte = static_cast<uint8_t>(random_() >> 11);
     return picture;
   }
@@ -69,77 +76,77 @@ class Frame {
     for (const uint8_t byte : picture.bytes()) digest_ = (digest_ ^ byte) * 0x100000001B3;
   }
 
+  template <class Function>
+  void call(detail::FormatPair pair, Size from, Size to, Function function) {
+    Picture src = noisy(pair.from, from), dst(pair.to, to.width, to.height);
+    ImageDesc given = src.desc(), made = dst.desc();
+    made.resize_mode = pick(0, 1) ? PIVRA_RSZ_MODE1 : 0;
+    keep(function(&given, &made), dst);
+  }
+
   void copy() {
     const FormatInfo info = any(formats());
     const int32_t format = info.linear() ? info.code : PIVRA_FORMAT_YUV420;
-    Picture src = noisy(format, 32 * pick(1, 8), 32 * pick(1, 8)),
-            dst(format, src.width(), src.height());
-    const ImageDesc from = src.desc();
-    ImageDesc to = dst.desc();
-    keep(pivra_cpy(&from, &to), dst);
+    const Size size = {32 * pick(1, 8), 32 * pick(1, 8)};
+    call({format, format}, size, size, pivra_cpy);
   }
 
   void convert_format() {
     const detail::FormatPair pair = any(detail::kPairs);
     const bool wide = pair.from == PIVRA_FORMAT_T256X16;  // tiles of 256 x 16, eight to a row
-    Picture src = noisy(pair.from, wide ? 1282 : 64 * pick(1, 3), 64 * pick(1, 2)),
-            dst(pair.to, src.width(), src.height());
-    ImageDesc from = src.desc(), to = dst.desc();
-    keep(pivra_csc(&from, &to), dst);
+    const Size size = {wide ? 1282 : 64 * pick(1, 3), 64 * pick(1, 2)};
+    call(pair, size, size, pivra_csc);
   }
 
   void turn() {
-    const auto row = any(detail::kTurning);
+    const int32_t format = any(detail::kTurning).format;
     const auto turn = static_cast<Turn>(pick(1, 5));
-    const FormatInfo *format = turned_format(row.format, turn);
-    if (!format) return;
-    Picture src = noisy(row.format, side(), side());
-    Picture dst = turned(format->code, turn, src.width(), src.height());
-    const ImageDesc from = detail::pairs_as_units(src.desc());
-    ImageDesc to = dst.desc();
-    keep(pivra_rot(&from, static_cast<int32_t>(turn), &to), dst);
+    const FormatInfo *to = turned_format(format, turn);
+    if (!to) return;
+    const Size size = {side(), side()};
+    call({format, to->code}, size, turned(turn, size), [=](const ImageDesc *src, ImageDesc *dst) {
+      const ImageDesc units = detail::pairs_as_units(*src);
+      return pivra_rot(&units, static_cast<int32_t>(turn), dst);
+    });
   }
 
   void turn_and_convert() {
+    constexpr detail::FormatPair kPlanes = {PIVRA_FORMAT_YUV422N, PIVRA_FORMAT_YUV420},
+                                 kPacked = {PIVRA_FORMAT_YUYV, PIVRA_FORMAT_BGRA8888};
     const bool planes = pick(0, 1) == 0;
     const auto turn = static_cast<Turn>(pick(0, planes ? 2 : 3));
-    Picture src =
-        noisy(planes ? PIVRA_FORMAT_YUV422N : PIVRA_FORMAT_YUYV, 2 * pick(8, 50), 2 * pick(4, 50));
-    Picture dst = turned(planes ? PIVRA_FORMAT_YUV420 : PIVRA_FORMAT_BGRA8888, turn, src.width(),
-                         src.height());
-    const ImageDesc from = src.desc();
-    ImageDesc to = dst.desc();
-    keep(pivra_csc_rot(&from, static_cast<int32_t>(turn), &to), dst);
+    const Size size = {2 * pick(8, 50), 2 * pick(4, 50)};
+    call(planes ? kPlanes : kPacked, size, turned(turn, size),
+         [=](const ImageDesc *src, ImageDesc *dst) {
+           return pivra_csc_rot(src, static_cast<int32_t>(turn), dst);
+         });
   }
 
   void resize() {
     const int32_t format = any(formats()).code;
     if (!resizes(format)) return;
-    Picture src = noisy(format, side(), side()), dst(format, other(src.width()), side());
-    const ImageDesc from = src.desc();
-    ImageDesc to = in_any_mode(dst);
-    keep(pivra_rsz(&from, &to), dst);
+    const Size size = {side(), side()};
+    call({format, format}, size, {other(size.width), side()}, pivra_rsz);
   }
 
   void resize_and_turn() {
-    const auto row = any(detail::kTurning);
+    const int32_t format = any(detail::kTurning).format;
     const auto turn = static_cast<Turn>(pick(0, 3));
-    if (!resizes_turned(row.format, turn) || !turned_format(row.format, turn)) return;
-    Picture src = noisy(row.format, side(), side());
-    Picture dst = turned(turned_format(row.format, turn)->code, turn, other(src.width()), side());
-    const ImageDesc from = detail::pairs_as_units(src.desc());
-    ImageDesc to = in_any_mode(dst);
-    to.format = from.format;
-    keep(pivra_rsz_rot(&from, static_cast<int32_t>(turn), &to), dst);
+    const FormatInfo *to = turned_format(format, turn);
+    if (!resizes_turned(format, turn) || !to) return;
+    const Size size = {side(), side()}, resized = {other(size.width), side()};
+    call({format, to->code}, size, turned(turn, resized),
+         [=](const ImageDesc *src, ImageDesc *dst) {
+           const ImageDesc units = detail::pairs_as_units(*src);
+           dst->format = units.format;
+           return pivra_rsz_rot(&units, static_cast<int32_t>(turn), dst);
+         });
   }
 
   void shrink() {
     const int32_t factor = pick(2, 7), width = 2 * pick(2, 30), height = 2 * pick(2, 30);
-    Picture src = noisy(PIVRA_FORMAT_NV12, width * factor, height * factor),
-            dst(PIVRA_FORMAT_NV12, width, height);
-    const ImageDesc from = src.desc();
-    ImageDesc to = dst.desc();
-    keep(pivra_rsz_8b_down_special(&from, &to), dst);
+    call({PIVRA_FORMAT_NV12, PIVRA_FORMAT_NV12}, {width * factor, height * factor}, {width, height},
+         pivra_rsz_8b_down_special);
   }
 
   void resize_and_convert() {
@@ -148,25 +155,17 @@ class Frame {
                                              {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_RGB888},
                                              {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV400},
                                              {PIVRA_FORMAT_YUV400, PIVRA_FORMAT_YUV420}};
-    const detail::FormatPair pair = any(kPairs);
-    Picture src = noisy(pair.from, 2 * pick(1, 60), 2 * pick(1, 60)),
-            dst(pair.to, 2 * pick(1, 60), 2 * pick(1, 60));
-    const ImageDesc from = src.desc();
-    ImageDesc to = in_any_mode(dst);
-    keep(pivra_rsz_csc(&from, &to), dst);
+    call(any(kPairs), {2 * pick(1, 60), 2 * pick(1, 60)}, {2 * pick(1, 60), 2 * pick(1, 60)},
+         pivra_rsz_csc);
   }
 
   void dither() {
-    const detail::FormatPair pair = any(detail::kDithered);
-    Picture src = noisy(pair.from, 8 * pick(1, 20), 8 * pick(1, 20)),
-            dst(pair.to, src.width(), src.height());
-    const ImageDesc from = src.desc();
-    ImageDesc to = dst.desc();
-    keep(pivra_csc_dither(&from, &to), dst);
+    const Size size = {8 * pick(1, 20), 8 * pick(1, 20)};
+    call(any(detail::kDithered), size, size, pivra_csc_dither);
   }
 
   void filter() {
-    Picture src = noisy(PIVRA_FORMAT_YUV420, 8 + side(), side()), dst(src);
+    Picture src = noisy(PIVRA_FORMAT_YUV420, {8 + side(), side()}), dst(src);
     ImageDesc picture = src.desc();
     keep(pivra_dbf8x8_yuv(&picture, static_cast<uint32_t>(pick(0, 16))), src);
     detail_enh(picture.plane[0], picture.width[0], picture.height[0], dst.bytes().data());
@@ -176,30 +175,18 @@ class Frame {
   void transcode() {
     constexpr int32_t kFormats[] = {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_T64X32};
     const auto turn = static_cast<Turn>(pick(0, 3));
-    Picture src = noisy(any(kFormats), 8 * pick(1, 30), 8 * pick(1, 30)),
-            dst(PIVRA_FORMAT_NV12, 2 * pick(4, 60), 2 * pick(4, 60));
-    Transcoder transcoder(src.desc(), turn, dst.desc());
-    transcoder.run(src.desc(), dst.desc());
-    keep(0, dst);
+    call({any(kFormats), PIVRA_FORMAT_NV12}, {8 * pick(1, 30), 8 * pick(1, 30)},
+         {2 * pick(4, 60), 2 * pick(4, 60)}, [=](const ImageDesc *src, ImageDesc *dst) {
+           Transcoder(*src, turn, *dst).run(*src, *dst);
+           return 0;
+         });
   }
 
   void pack() {
-    const int32_t width = side();
-    Picture src = noisy(PIVRA_FORMAT_RGB888, 2 * width, side()),
-            dst(PIVRA_FORMAT_RGB888, width, src.height());
-    const ImageDesc from = src.desc();
-    ImageDesc to = dst.desc();
-    keep(pivra_fpa(&from, &to, pick(0, 3)), dst);
-  }
-
-  // Of a size that is given before the turn.
-  static Picture turned(int32_t format, Turn turn, int32_t width, int32_t height) {
-    return is_quarter(turn) ? Picture(format, height, width) : Picture(format, width, height);
-  }
-  ImageDesc in_any_mode(Picture &picture) {
-    ImageDesc desc = picture.desc();
-    desc.resize_mode = pick(0, 1) ? PIVRA_RSZ_MODE1 : 0;
-    return desc;
+    const Size half = {side(), side()};
+    const int32_t layout = pick(0, 3);
+    call({PIVRA_FORMAT_RGB888, PIVRA_FORMAT_RGB888}, {2 * half.width, half.height}, half,
+         [=](const ImageDesc *src, ImageDesc *dst) { return pivra_fpa(src, dst, layout); });
   }
 
   std::minstd_rand random_;

@@ -98,27 +98,8 @@ struct Stream {
 
 bool same(const ImageDesc &a, const ImageDesc &b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
-TEST(Transcode, DescribesThePicturesInBetween) {
-  for (uint32_t rotation = 0; rotation < 4; ++rotation)
-    for (const auto &[w, h] : {std::pair{640, 360}, {35, 21}, {8, 8}}) {
-      const Picture src(PIVRA_FORMAT_NV12, 320, 180), dst(PIVRA_FORMAT_NV12, w, h);
-      Stream stream, untouched;
-      ASSERT_EQ(stream.init(src.desc, dst.desc, rotation), PIVRA_OK);
-      ASSERT_EQ(allocated.size(), rotation == 0 ? 1u : 2u);
-      EXPECT_TRUE(same(stream.conv, in_between(320, 180, stream.conv.plane[0])));
-      EXPECT_EQ(allocated.at(stream.conv.plane[0]).first, 320u * 270u);
-      if (rotation == 0) {
-        EXPECT_TRUE(same(stream.rot, untouched.rot));
-      } else {
-        const int32_t rw = rotation == 3 ? w : h, rh = rotation == 3 ? h : w;
-        EXPECT_TRUE(same(stream.rot, in_between(rw, rh, stream.rot.plane[0])));
-        EXPECT_EQ(allocated.at(stream.rot.plane[0]).first,
-                  static_cast<uint32_t>(rw * (rh + (rh >> 1))));
-      }
-      EXPECT_EQ(stream.deinit(rotation), PIVRA_OK);
-      EXPECT_TRUE(allocated.empty());
-    }
-}
+constexpr int32_t kSources[] = {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_T64X32,
+                                PIVRA_FORMAT_T16X16};
 
 TEST(Transcode, RefusesRotationsAndFormats) {
   Picture src(PIVRA_FORMAT_NV12, 64, 64), dst(PIVRA_FORMAT_NV12, 32, 32);
@@ -132,14 +113,12 @@ TEST(Transcode, RefusesRotationsAndFormats) {
   ASSERT_EQ(stream.init(src.desc, dst.desc, 0), PIVRA_OK);
   const Bytes before = dst.bytes[0];
   for (int32_t format = -1; format < 600; ++format) {
-    Picture other(PIVRA_FORMAT_NV12, 64, 64);
-    other.desc.format = format;
-    if (format != 1 && format != 6 && format != 11 && format != 12) {
-      ASSERT_EQ(stream.run(other.desc, dst.desc, 0), PIVRA_REFUSED) << format;
-    }
-    if (format != PIVRA_FORMAT_NV12) {
-      ASSERT_EQ(stream.run(src.desc, other.desc, 0), PIVRA_REFUSED) << format;
-    }
+    ImageDesc other = src.desc;
+    other.format = format;
+    const bool source = std::ranges::count(kSources, format) != 0;
+    ASSERT_TRUE(source || stream.run(other, dst.desc, 0) == PIVRA_REFUSED) << format;
+    const bool destination = format == PIVRA_FORMAT_NV12;
+    ASSERT_TRUE(destination || stream.run(src.desc, other, 0) == PIVRA_REFUSED) << format;
   }
   EXPECT_EQ(dst.bytes[0], before);
   stream.deinit(0);
@@ -158,40 +137,40 @@ struct Job {
 };
 
 void expect_stages(const Job &job, int32_t format, uint32_t rotation) {
-  Picture src(format, job.src_width, job.src_height);
-  Picture dst(PIVRA_FORMAT_NV12, job.dst_width, job.dst_height),
-      expected(PIVRA_FORMAT_NV12, job.dst_width, job.dst_height);
+  const auto &[sw, sh, dw, dh, resizer] = job;
+  SCOPED_TRACE(testing::Message() << sw << "x" << sh << " to " << dw << "x" << dh << ", format "
+                                  << format << ", rotation " << rotation);
+  const bool converts = format != PIVRA_FORMAT_NV12, turns = rotation != 0;
+  Picture src(format, sw, sh), dst(PIVRA_FORMAT_NV12, dw, dh), expected(PIVRA_FORMAT_NV12, dw, dh);
+  for (size_t p : {0, 1}) std::ranges::copy(dst.bytes[p], expected.bytes[p].begin());
   Stream stream;
+  const ImageDesc untouched = stream.rot;
   ASSERT_EQ(stream.init(src.desc, dst.desc, rotation), PIVRA_OK);
 
   // The same memory in between, so that what no stage writes is alike.
-  Stream model = stream;
+  ASSERT_EQ(allocated.size(), turns ? 2u : 1u);
   std::array<Bytes, 2> blocks;
-  for (auto *image : {&model.conv, &model.rot}) {
-    if (image == &model.rot && rotation == 0) continue;
-    Bytes &block = blocks[image == &model.rot];
-    block = allocated.at(image->plane[0]).second->content();
-    image->plane[1] = block.data() + (image->plane[1] - image->plane[0]);
-    image->plane[0] = block.data();
-  }
-  for (size_t p : {0, 1})
-    std::copy(dst.bytes[p].begin(), dst.bytes[p].end(), expected.bytes[p].begin());
+  const auto same_as = [&](const ImageDesc &image, int32_t width, int32_t height) {
+    EXPECT_TRUE(same(image, in_between(width, height, image.plane[0])));
+    const auto &[size, plane] = allocated.at(image.plane[0]);
+    const auto needed = static_cast<uint32_t>(width * (height + (height >> 1)));
+    EXPECT_TRUE(size == needed || (converts && &image == &stream.conv && size > needed));
+    Bytes &block = blocks[&image == &stream.rot];
+    block = plane->content();
+    return in_between(width, height, block.data());
+  };
+  ImageDesc conv = same_as(stream.conv, sw, sh), rot = untouched;
+  if (turns) rot = rotation == 3 ? same_as(stream.rot, dw, dh) : same_as(stream.rot, dh, dw);
+  EXPECT_TRUE(turns || same(stream.rot, untouched));
 
   ASSERT_EQ(stream.run(src.desc, dst.desc, rotation), PIVRA_OK);
-
-  if (format != PIVRA_FORMAT_NV12) pivra_csc(&src.desc, &model.conv);
-  const ImageDesc &from = format == PIVRA_FORMAT_NV12 ? src.desc : model.conv;
-  job.resizer(&from, rotation == 0 ? &expected.desc : &model.rot);
-  if (rotation != 0) pivra_rot(&model.rot, static_cast<int32_t>(rotation), &expected.desc);
-  EXPECT_EQ(dst.bytes, expected.bytes)
-      << job.src_width << "x" << job.src_height << " to " << job.dst_width << "x" << job.dst_height
-      << ", format " << format << ", rotation " << rotation;
+  if (converts) pivra_csc(&src.desc, &conv);
+  resizer(converts ? &conv : &src.desc, turns ? &rot : &expected.desc);
+  if (turns) pivra_rot(&rot, static_cast<int32_t>(rotation), &expected.desc);
+  EXPECT_EQ(dst.bytes, expected.bytes);
   EXPECT_EQ(stream.deinit(rotation), PIVRA_OK);
   EXPECT_TRUE(allocated.empty());
 }
-
-constexpr int32_t kSources[] = {PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_T64X32,
-                                PIVRA_FORMAT_T16X16};
 
 TEST(Transcode, ChoosesTheResizerByTheSizes) {
   // As they lie; where the picture that is resized stands, so does the source.
@@ -255,8 +234,6 @@ TEST(Transcode, DividesByZeroBeforeAnythingIsConverted) {
   for (const auto &[w, h] : {std::pair{0, 32}, {32, 0}, {0, 0}}) {
     dst.desc.width[0] = w;
     dst.desc.height[0] = h;
-    EXPECT_EXIT((signal(SIGFPE, SIG_DFL), stream.run(src.desc, dst.desc, 0)),
-                testing::KilledBySignal(SIGFPE), "");
     EXPECT_TRUE(raises_sigfpe(stream, src.desc, dst.desc));
     signal(SIGFPE, SIG_DFL);
     EXPECT_EQ(block.content(), before);
