@@ -2,6 +2,7 @@
 // at sizes and strides for which the kernels alone are not exact.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <pivra.hpp>
 
 #include "guarded.h"
@@ -140,54 +141,38 @@ struct GuardedPicture {
 
   // Where the sample of a pixel lies: channel 0 is Y, or all of RGB; 1 is U, 2 is V.
   uint8_t &at(int32_t channel, int32_t x, int32_t y) const {
-    const auto sample = [&](int plane, ptrdiff_t offset) -> uint8_t & {
-      return desc.plane[plane][offset];
-    };
+    // How often chroma is halved across and down, and whether V comes before U.
+    static const std::map<int32_t, std::array<int32_t, 3>> kChroma = {
+        {PIVRA_FORMAT_YUV420, {1, 1, 0}},  {PIVRA_FORMAT_YV12, {1, 1, 1}},
+        {PIVRA_FORMAT_YUV422N, {1, 0, 0}}, {PIVRA_FORMAT_YV16, {1, 0, 1}},
+        {PIVRA_FORMAT_YUV422W, {0, 1, 0}}, {PIVRA_FORMAT_YUV444, {0, 0, 0}},
+        {PIVRA_FORMAT_NV12, {1, 1, 0}},    {PIVRA_FORMAT_NV21, {1, 1, 1}}};
     const auto linear = [&](int plane, int32_t column, int32_t row) -> uint8_t & {
-      return sample(plane, ptrdiff_t{row} * desc.stride[plane] + column);
+      return desc.plane[plane][ptrdiff_t{row} * desc.stride[plane] + column];
     };
-    const auto tiles = [&](int plane, int32_t column, const Raster &layout, int32_t across,
-                           ptrdiff_t start = 0) -> uint8_t & {
-      return sample(plane, start + layout.address(across, column, channel ? y / 2 : y));
-    };
-    const int32_t other = channel ? 3 - channel : 0, second = channel == 2;
-    const int32_t pair = channel ? x / 2 * 2 + second : x, across = (desc.width[0] + 15) / 16;
+    const int32_t second = channel == 2, across = (desc.width[0] + 15) / 16;
     const int32_t width = (desc.width[0] + 1) / 2 * 2, height = (desc.height[0] + 1) / 2 * 2;
+    const int32_t pair = channel ? x / 2 * 2 + second : x, row = channel ? y / 2 : y;
+    const int plane = channel != 0;
     switch (info.code) {
-      case PIVRA_FORMAT_YUV420:
-        return channel ? linear(channel, x / 2, y / 2) : linear(0, x, y);
-      case PIVRA_FORMAT_YV12:
-        return channel ? linear(other, x / 2, y / 2) : linear(0, x, y);
-      case PIVRA_FORMAT_YUV422N:
-        return channel ? linear(channel, x / 2, y) : linear(0, x, y);
-      case PIVRA_FORMAT_YV16:
-        return channel ? linear(other, x / 2, y) : linear(0, x, y);
-      case PIVRA_FORMAT_YUV422W:
-        return channel ? linear(channel, x, y / 2) : linear(0, x, y);
-      case PIVRA_FORMAT_YUV400:
-      case PIVRA_FORMAT_YUV444:
-        return linear(channel, x, y);
-      case PIVRA_FORMAT_NV12:
-        return channel ? linear(1, pair, y / 2) : linear(0, x, y);
-      case PIVRA_FORMAT_NV21:
-        return channel ? linear(1, pair ^ 1, y / 2) : linear(0, x, y);
       case PIVRA_FORMAT_UYVY:
         return linear(0, x / 2 * 4 + (channel ? 2 * second : x % 2 * 2 + 1), y);
       case PIVRA_FORMAT_YUYV:
         return linear(0, x / 2 * 4 + (channel ? 2 * second + 1 : x % 2 * 2), y);
       case PIVRA_FORMAT_T64X32:
-        return channel ? sample(1, address_64x32(width, height / 2, pair, y / 2))
-                       : sample(0, address_64x32(width, height, x, y));
+        return desc.plane[plane][address_64x32(width, height >> plane, pair, row)];
       case PIVRA_FORMAT_T16X16:
-        return channel ? tiles(1, pair, {16, 8, 128}, across) : tiles(0, x, {16, 16, 256}, across);
+        return desc.plane[plane][Raster{16, 16 >> plane, 256 >> plane}.address(across, pair, row)];
       case PIVRA_FORMAT_T8X8:  // two strips a macroblock
-        return channel ? tiles(0, pair, {8, 8, 64}, 2 * across, 256 * across * ((height + 15) / 16))
-                       : tiles(0, x, {8, 16, 128}, 2 * across);
+        return desc.plane[0][plane * 256 * across * ((height + 15) / 16) +
+                             Raster{8, 16 >> plane, 128 >> plane}.address(2 * across, pair, row)];
       case PIVRA_FORMAT_T256X16:
-        return tiles(channel > 0, pair, {256, 16, 4096}, 8);
-      default:
-        return linear(0, x * info.planes[0].bytes, y);
+        return desc.plane[plane][Raster{256, 16, 4096}.address(8, pair, row)];
     }
+    if (channel == 0) return linear(0, x * info.planes[0].bytes, y);
+    const auto [halved_x, halved_y, swapped] = kChroma.at(info.code);
+    if (info.planes.size() == 2) return linear(1, pair ^ swapped, y >> halved_y);
+    return linear(swapped ? 3 - channel : channel, x >> halved_x, y >> halved_y);
   }
 
   const FormatInfo &info;

@@ -36,9 +36,10 @@ class Frame {
   // One call, chosen at random. A digest of the result and of all that was written.
   uint64_t run() {
     constexpr void (Frame::*kCalls[])() = {
-        &Frame::copy,   &Frame::convert_format,  &Frame::turn,      &Frame::turn_and_convert,
-        &Frame::resize, &Frame::resize_and_turn, &Frame::shrink,    &Frame::resize_and_convert,
-        &Frame::dither, &Frame::filter,          &Frame::transcode, &Frame::pack};
+        &Frame::copy,   &Frame::convert_format,     &Frame::turn,
+        &Frame::turn,   &Frame::turn_and_convert,   &Frame::resize,
+        &Frame::shrink, &Frame::resize_and_convert, &Frame::dither,
+        &Frame::filter, &Frame::transcode,          &Frame::pack};
     (this->*kCalls[pick(0, std::size(kCalls) - 1)])();
     return digest_;
   }
@@ -98,16 +99,23 @@ class Frame {
     call(pair, size, size, pivra_csc);
   }
 
+  // Resized at the same time, or not.
   void turn() {
     const int32_t format = any(detail::kTurning).format;
-    const auto turn = static_cast<Turn>(pick(1, 5));
+    const bool resized = pick(0, 1);
+    const auto turn = static_cast<Turn>(resized ? pick(0, 3) : pick(1, 5));
     const FormatInfo *to = turned_format(format, turn);
-    if (!to) return;
+    if (!to || (resized && !resizes_turned(format, turn))) return;
     const Size size = {side(), side()};
-    call({format, to->code}, size, turned(turn, size), [=](const ImageDesc *src, ImageDesc *dst) {
-      const ImageDesc units = detail::pairs_as_units(*src);
-      return pivra_rot(&units, static_cast<int32_t>(turn), dst);
-    });
+    const Size upright = resized ? Size{other(size.width), side()} : size;
+    call({format, to->code}, size, turned(turn, upright),
+         [=](const ImageDesc *src, ImageDesc *dst) {
+           const ImageDesc units = detail::pairs_as_units(*src);
+           const auto rotation = static_cast<int32_t>(turn);
+           if (!resized) return pivra_rot(&units, rotation, dst);
+           dst->format = units.format;
+           return pivra_rsz_rot(&units, rotation, dst);
+         });
   }
 
   void turn_and_convert() {
@@ -127,20 +135,6 @@ class Frame {
     if (!resizes(format)) return;
     const Size size = {side(), side()};
     call({format, format}, size, {other(size.width), side()}, pivra_rsz);
-  }
-
-  void resize_and_turn() {
-    const int32_t format = any(detail::kTurning).format;
-    const auto turn = static_cast<Turn>(pick(0, 3));
-    const FormatInfo *to = turned_format(format, turn);
-    if (!resizes_turned(format, turn) || !to) return;
-    const Size size = {side(), side()}, resized = {other(size.width), side()};
-    call({format, to->code}, size, turned(turn, resized),
-         [=](const ImageDesc *src, ImageDesc *dst) {
-           const ImageDesc units = detail::pairs_as_units(*src);
-           dst->format = units.format;
-           return pivra_rsz_rot(&units, static_cast<int32_t>(turn), dst);
-         });
   }
 
   void shrink() {

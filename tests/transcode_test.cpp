@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <setjmp.h>
 #include <signal.h>
 #include <tcor.h>
@@ -8,21 +7,10 @@
 #include <map>
 #include <memory>
 
-#include "guarded.h"
-#include "pivra.h"
+#include "compare.h"
 
 using pivra::test::GuardedPlane;
 using pivra::test::random_in;
-
-using Bytes = std::vector<uint8_t>;
-
-// Pictures are large here, and made of a quicker noise than that of other tests.
-static Bytes noise(size_t count) {
-  Bytes bytes(count);
-  auto state = static_cast<uint32_t>(pivra::test::random_engine()());
-  for (uint8_t &b : bytes) b = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-  return bytes;
-}
 
 // In place of libtcor's, so that what the context allocates can be looked at: the
 // block ends at an inaccessible page, less what its alignment takes.
@@ -31,7 +19,7 @@ std::map<void *, std::pair<uint32_t, std::unique_ptr<GuardedPlane>>> allocated;
 }
 void *tcor_malloc_align32(uint32_t size) {
   auto plane = std::make_unique<GuardedPlane>();
-  void *block = plane->place(noise((size + 31) / 32 * 32), true);
+  void *block = plane->place(pivra::test::quick_noise((size + 31) / 32 * 32), true);
   allocated[block] = {size, std::move(plane)};
   return block;
 }
@@ -39,29 +27,10 @@ void tcor_mfree_align32(void *block) { EXPECT_EQ(allocated.erase(block), 1u); }
 
 namespace {
 
-size_t area(int32_t width, int32_t height) {
-  return static_cast<size_t>(width) * static_cast<size_t>(height);
-}
-
-// A picture of any of the formats, each plane in memory of its own, with slack for
-// tiles and for what the tails of copies read.
-struct Picture {
-  Picture(int32_t format, int32_t width, int32_t height) {
-    const bool planar = format == PIVRA_FORMAT_YUV420;
-    desc.format = format;
-    for (int p = 0; p < (planar ? 3 : 2); ++p) {
-      const bool chroma = p > 0;
-      desc.width[p] = chroma ? (width + 1) / 2 : width;
-      desc.height[p] = chroma ? (height + 1) / 2 : height;
-      desc.stride[p] = desc.width[p] * (chroma && !planar ? 2 : 1);
-      bytes[p] = noise(area((width + 127) / 128 * 128, (height + 63) / 64 * 64) + 256);
-      desc.plane[p] = bytes[p].data();
-    }
-  }
-  Picture(const Picture &) = delete;
-
-  ImageDesc desc{};
-  std::array<Bytes, 3> bytes;
+// With slack for tiles and for what the tails of copies read.
+struct Picture : pivra::test::NoisyPicture {
+  Picture(int32_t format, int32_t width, int32_t height)
+      : NoisyPicture(format, width, height, 0, size_t(128 * (width + height)) + 16384) {}
 };
 
 // The picture in between, told by its words.
@@ -111,7 +80,6 @@ TEST(Transcode, RefusesRotationsAndFormats) {
   }
   EXPECT_TRUE(same(stream.conv, untouched.conv) && same(stream.rot, untouched.rot));
   ASSERT_EQ(stream.init(src.desc, dst.desc, 0), PIVRA_OK);
-  const Bytes before = dst.bytes[0];
   for (int32_t format = -1; format < 600; ++format) {
     ImageDesc other = src.desc;
     other.format = format;
@@ -120,7 +88,7 @@ TEST(Transcode, RefusesRotationsAndFormats) {
     const bool destination = format == PIVRA_FORMAT_NV12;
     ASSERT_TRUE(destination || stream.run(src.desc, other, 0) == PIVRA_REFUSED) << format;
   }
-  EXPECT_EQ(dst.bytes[0], before);
+  EXPECT_EQ(dst.now(), dst.before);
   stream.deinit(0);
 }
 
@@ -142,20 +110,20 @@ void expect_stages(const Job &job, int32_t format, uint32_t rotation) {
                                   << format << ", rotation " << rotation);
   const bool converts = format != PIVRA_FORMAT_NV12, turns = rotation != 0;
   Picture src(format, sw, sh), dst(PIVRA_FORMAT_NV12, dw, dh), expected(PIVRA_FORMAT_NV12, dw, dh);
-  for (size_t p : {0, 1}) std::ranges::copy(dst.bytes[p], expected.bytes[p].begin());
+  expected.become(dst);
   Stream stream;
   const ImageDesc untouched = stream.rot;
   ASSERT_EQ(stream.init(src.desc, dst.desc, rotation), PIVRA_OK);
 
   // The same memory in between, so that what no stage writes is alike.
   ASSERT_EQ(allocated.size(), turns ? 2u : 1u);
-  std::array<Bytes, 2> blocks;
+  std::array<std::vector<uint8_t>, 2> blocks;
   const auto same_as = [&](const ImageDesc &image, int32_t width, int32_t height) {
     EXPECT_TRUE(same(image, in_between(width, height, image.plane[0])));
     const auto &[size, plane] = allocated.at(image.plane[0]);
     const auto needed = static_cast<uint32_t>(width * (height + (height >> 1)));
     EXPECT_TRUE(size == needed || (converts && &image == &stream.conv && size > needed));
-    Bytes &block = blocks[&image == &stream.rot];
+    std::vector<uint8_t> &block = blocks[&image == &stream.rot];
     block = plane->content();
     return in_between(width, height, block.data());
   };
@@ -167,7 +135,7 @@ void expect_stages(const Job &job, int32_t format, uint32_t rotation) {
   if (converts) pivra_csc(&src.desc, &conv);
   resizer(converts ? &conv : &src.desc, turns ? &rot : &expected.desc);
   if (turns) pivra_rot(&rot, static_cast<int32_t>(rotation), &expected.desc);
-  EXPECT_EQ(dst.bytes, expected.bytes);
+  EXPECT_EQ(dst.now(), expected.now());
   EXPECT_EQ(stream.deinit(rotation), PIVRA_OK);
   EXPECT_TRUE(allocated.empty());
 }
@@ -230,7 +198,7 @@ TEST(Transcode, DividesByZeroBeforeAnythingIsConverted) {
   Stream stream;
   ASSERT_EQ(stream.init(src.desc, dst.desc, 0), PIVRA_OK);
   const GuardedPlane &block = *allocated.at(stream.conv.plane[0]).second;
-  const Bytes before = block.content();
+  const std::vector<uint8_t> before = block.content();
   for (const auto &[w, h] : {std::pair{0, 32}, {32, 0}, {0, 0}}) {
     dst.desc.width[0] = w;
     dst.desc.height[0] = h;
