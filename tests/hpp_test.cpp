@@ -124,9 +124,9 @@ TEST(Convert, RefusesBeforeItWrites) {
 }
 
 // A picture of random bytes, each plane guarded and with strides of its own.
-struct GuardedPicture {
-  GuardedPicture(const FormatInfo &format, int32_t width, int32_t height)
-      : info(format), desc(describe(info.code, width, height, nullptr)) {
+struct AnyPicture : GuardedPicture {
+  AnyPicture(const FormatInfo &format, int32_t width, int32_t height) : info(format) {
+    desc = describe(info.code, width, height, nullptr);
     const bool padded = random_in(0, 1), at_end = random_in(0, 1);
     for (size_t p = 0; p < info.planes.size(); ++p) {
       const PlaneShape &shape = info.planes[p];
@@ -134,7 +134,7 @@ struct GuardedPicture {
       const auto row = static_cast<int32_t>(shape.row_bytes(width));
       desc.stride[p] += padded && info.linear() ? random_in(0, 9) : 0;
       const size_t pitch = info.linear() ? desc.stride[p] : row;
-      before[p] = random_bytes(pitch * (shape.block_count(height) - 1) + row);
+      before.push_back(random_bytes(pitch * (shape.block_count(height) - 1) + row));
       desc.plane[p] = memory[p].place(before[p], at_end);
     }
   }
@@ -176,36 +176,36 @@ struct GuardedPicture {
   }
 
   const FormatInfo &info;
-  ImageDesc desc;
-  std::array<GuardedPlane, 3> memory;
-  std::array<std::vector<uint8_t>, 3> before;
 };
 
-// Pixels of more than 16 bits have their bytes in the order of the format's name.
-Colour read_rgb(const GuardedPicture &picture, int32_t x, int32_t y) {
+// Pixels of more than 16 bits have their bytes in the order of the format's name, and words
+// their fields from the top.
+Colour in_order(std::string_view name, const Colour &c) {
+  return name[0] == 'r' ? c : Colour{c[2], c[1], c[0]};
+}
+
+Colour read_rgb(const AnyPicture &picture, int32_t x, int32_t y) {
   const uint8_t *bytes = &picture.at(0, x, y);
   const std::string_view name = picture.info.name;
   if (picture.info.planes[0].bytes > 2)
     return {bytes[name.find('r')], bytes[name.find('g')], bytes[name.find('b')]};
   const int32_t word = bytes[0] | bytes[1] << 8;
-  const Colour top_first = {word >> 11 << 3, (word >> 5 & 63) << 2, (word & 31) << 3};
-  return name[0] == 'r' ? top_first : Colour{top_first[2], top_first[1], top_first[0]};
+  return in_order(name, {word >> 11 << 3, (word >> 5 & 63) << 2, (word & 31) << 3});
 }
 
-void write_rgb(const GuardedPicture &picture, int32_t x, int32_t y, const Colour &c) {
+void write_rgb(const AnyPicture &picture, int32_t x, int32_t y, const Colour &c) {
   uint8_t *bytes = &picture.at(0, x, y);
   const std::string_view name = picture.info.name;
-  if (picture.info.planes[0].bytes > 2) {
-    for (int i = 0; i < picture.info.planes[0].bytes; ++i)
-      bytes[i] = uint8_t(name[i] == 'a' ? 255 : c[std::string_view("rgb").find(name[i])]);
-    return;
-  }
-  const bool red_first = name[0] == 'r';
-  const int32_t word = c[red_first ? 0 : 2] >> 3 << 11 | c[1] >> 2 << 5 | c[red_first ? 2 : 0] >> 3;
-  bytes[0] = static_cast<uint8_t>(word), bytes[1] = static_cast<uint8_t>(word >> 8);
+  const auto [top, middle, bottom] = in_order(name, c);
+  const int32_t count = picture.info.planes[0].bytes,
+                word = top >> 3 << 11 | middle >> 2 << 5 | bottom >> 3;
+  for (int i = 0; i < count; ++i)
+    bytes[i] = uint8_t(count == 2       ? word >> 8 * i
+                       : name[i] == 'a' ? 255
+                                        : c[std::string_view("rgb").find(name[i])]);
 }
 
-Colour rgb_of(const GuardedPicture &picture, int32_t x, int32_t y) {
+Colour rgb_of(const AnyPicture &picture, int32_t x, int32_t y) {
   if (picture.info.rgb()) return read_rgb(picture, x, y);
   const int32_t luma = picture.at(0, x, y);
   if (picture.info.code == PIVRA_FORMAT_YUV400) return {luma, luma, luma};
@@ -217,7 +217,7 @@ Colour rgb_of(const GuardedPicture &picture, int32_t x, int32_t y) {
   return {c[0] & 0xF8, c[1] & 0xFC, c[2] & 0xF8};
 }
 
-Colour yuv_of(const GuardedPicture &picture, int32_t x, int32_t y) {
+Colour yuv_of(const AnyPicture &picture, int32_t x, int32_t y) {
   if (!picture.info.rgb()) return {picture.at(0, x, y), picture.at(1, x, y), picture.at(2, x, y)};
   const auto [r, g, b] = read_rgb(picture, x, y);
   return {16 + ((66 * r + 129 * g + 25 * b) >> 8), 128 + ((-38 * r - 74 * g + 112 * b + 128) >> 8),
@@ -225,15 +225,12 @@ Colour yuv_of(const GuardedPicture &picture, int32_t x, int32_t y) {
 }
 
 void follow_the_model(const FormatInfo &from, const FormatInfo &to, int32_t width, int32_t height) {
-  GuardedPicture src(from, width, height), dst(to, width, height);
+  AnyPicture src(from, width, height), dst(to, width, height);
   const ImageDesc given = src.desc;
   convert(src.desc, dst.desc);
   ASSERT_TRUE(std::ranges::equal(src.desc.plane, given.plane));
-  std::array<std::vector<uint8_t>, 3> result;
-  for (size_t p = 0; p < to.planes.size(); ++p) {
-    result[p] = dst.memory[p].content();
-    std::ranges::copy(dst.before[p], dst.desc.plane[p]);
-  }
+  const auto result = dst.now();
+  for (size_t p = 0; p < to.planes.size(); ++p) std::ranges::copy(dst.before[p], dst.desc.plane[p]);
   // From the end, so that of the pixels that share chroma the first one is the last.
   for (int32_t y = height; y-- > 0;)
     for (int32_t x = width; x-- > 0;) {
@@ -247,11 +244,9 @@ void follow_the_model(const FormatInfo &from, const FormatInfo &to, int32_t widt
   // Pixels that tiles have beyond an odd size are zero.
   for (int32_t y = 0; !to.linear() && y < (height + 1) / 2 * 2; ++y)
     for (int32_t x = y < height ? width : 0; x < (width + 1) / 2 * 2; ++x) dst.at(0, x, y) = 0;
-  for (size_t p = 0; p < to.planes.size(); ++p)
-    ASSERT_EQ(dst.memory[p].content(), result[p])
-        << from.name << " to " << to.name << ", " << width << "x" << height << ", plane " << p
-        << ", strides " << testing::PrintToString(src.desc.stride) << " to "
-        << testing::PrintToString(dst.desc.stride);
+  ASSERT_EQ(dst.now(), result) << from.name << " to " << to.name << ", " << width << "x" << height
+                               << ", strides " << testing::PrintToString(src.desc.stride) << " to "
+                               << testing::PrintToString(dst.desc.stride);
 }
 
 TEST(Convert, GivesEveryPixelAtEverySize) {
