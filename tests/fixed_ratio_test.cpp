@@ -22,22 +22,18 @@ void model_row(const Ratio &ratio, int32_t unit, ModelPlane &src, ptrdiff_t from
 
 // --- Rows, at every level and as scalar code ---
 
-class EveryLevel : public testing::TestWithParam<LevelUnderTest> {};
-INSTANTIATE_TEST_SUITE_P(, EveryLevel, testing::ValuesIn(levels_under_test()),
-                         [](const auto &level) { return level.param.name; });
-
-TEST_P(EveryLevel, KeepsUnitsOfRowsOfEveryLength) {
-  const FixedRatio &rows = GetParam().fixed_ratio;
+TEST(FixedRatio, KeepsUnitsOfRowsOfEveryLength) {
   ModelPlane src, dst;
-  for (const auto &[ratio, keep] : {std::pair{k2To1, &rows.one_of_two},
-                                    {k3To2, &rows.two_of_three},
-                                    {k4To3, &rows.three_of_four}})
-    for (int32_t unit : {1, 2})
-      for (int32_t bytes = 0; bytes <= 40 * ratio.step; bytes += ratio.step)
-        expect_equal_to_model(
-            std::to_string(ratio.of) + ", units of " + std::to_string(unit), {&src, &dst},
-            [&, &ratio = ratio] { model_row(ratio, unit, src, 0, dst, 0, bytes); },
-            [&, keep = keep](uint8_t **at) { (*keep)[unit - 1](at[0], bytes, at[1]); });
+  for (const LevelUnderTest &level : levels_under_test())
+    for (const auto &[ratio, keep] : {std::pair{k2To1, level.fixed_ratio.one_of_two},
+                                      {k3To2, level.fixed_ratio.two_of_three},
+                                      {k4To3, level.fixed_ratio.three_of_four}})
+      for (int32_t unit : {1, 2})
+        for (int32_t bytes = 0; bytes <= 40 * ratio.step; bytes += ratio.step)
+          expect_equal_to_model(
+              level.name + ", 1:" + std::to_string(ratio.of) + ", units of " + std::to_string(unit),
+              {&src, &dst}, [&, &ratio = ratio] { model_row(ratio, unit, src, 0, dst, 0, bytes); },
+              [&, keep = keep](uint8_t **at) { keep[unit - 1](at[0], bytes, at[1]); });
 }
 
 // --- Planes and pictures ---

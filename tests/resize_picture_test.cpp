@@ -123,19 +123,16 @@ TEST(ResizePictures, KeepTheirScratchWhenAPlaneIsRefused) {
   for (const int32_t format : kFormats)
     for (size_t p = 0; p < sample_bytes(format).size(); ++p)
       for (int which = 0; which < 4; ++which)
-        for (const int32_t rotation : {kNoRotation, 0, 2}) {
+        for (int32_t rotation = kNoRotation; rotation < (format < 100 ? 4 : 0); ++rotation) {
           Picture src(format, 9, 7), dst(format, 20, 24);
-          int32_t &size = std::array{src.desc.width, src.desc.height, dst.desc.width,
-                                     dst.desc.height}[which][p];
-          size = 0;
-          const Outcome outcome = resize(src, dst, format < 100 ? rotation : kNoRotation);
+          std::array{src.desc.width, src.desc.height, dst.desc.width, dst.desc.height}[which][p] =
+              random_in(0, 1) ? 0 : -random_in(1, 9);
+          const Outcome outcome = resize(src, dst, rotation);
           EXPECT_EQ(outcome.result, PIVRA_REFUSED);
           EXPECT_EQ(outcome.calls, 1);
           EXPECT_EQ(outcome.kept, 1u);
           for (size_t other = 0; other < dst.before.size(); ++other)
             EXPECT_EQ(dst.now()[other] != dst.before[other], other < p) << format;
-          size = -1;
-          EXPECT_EQ(resize(src, dst).result, PIVRA_REFUSED);
         }
 }
 
