@@ -141,16 +141,21 @@ struct ResizeConvertModel {
     after[1] = after[0] + h * pitch[0];
     after[2] = after[1] + half_h * pitch[1];
 
+    PlaneTaps xs, ys;
+    for (int p = 0; p < 3; ++p) {
+      xs[p] = pass(src.width[p], p ? half_w : w, src.width[0], w);
+      ys[p] = pass(src.height[p], p ? half_h : h, sh, h);
+    }
+
     // The rows of both chromas may be at the same place: those of tiles come by turns.
     using Planes = std::vector<int>;
     for (const Planes &planes :
          tiled ? std::vector<Planes>{{0}, {1, 2}} : std::vector<Planes>{{0}, {1}, {2}})
       for (int32_t y = 0; y < src.height[planes[0]]; ++y)
         for (const int p : planes) {
-          const Taps xs = pass(src.width[p], p ? half_w : w, src.width[0], w);
           const Tap row = rows(Taps{{y, y, 1, 0, 1}}, src.stride[p])[0];
-          for (ptrdiff_t x = 0; x < std::ssize(xs); ++x)
-            scratch.write(before[p] + y * std::ssize(xs) + x, weigh(plane(), p, xs[x], row));
+          for (ptrdiff_t x = 0; x < std::ssize(xs[p]); ++x)
+            scratch.write(before[p] + y * std::ssize(xs[p]) + x, weigh(plane(), p, xs[p][x], row));
         }
     const auto in_scratch = [this](const auto &planes) {
       return [this, planes](int p, ptrdiff_t row, ptrdiff_t x) {
@@ -158,11 +163,11 @@ struct ResizeConvertModel {
       };
     };
     for (int p = 0; p < 3; ++p) {
-      const Taps xs = each(p ? half_w : w);
-      const Taps ys = rows_at(pass(src.height[p], p ? half_h : h, sh, h), std::ssize(xs));
-      for (ptrdiff_t y = 0; y < std::ssize(ys); ++y)
-        for (ptrdiff_t x = 0; x < std::ssize(xs); ++x)
-          scratch.write(after[p] + y * pitch[p] + x, weigh(in_scratch(before), p, xs[x], ys[y]));
+      const Taps columns = each(p ? half_w : w), lines = rows_at(ys[p], std::ssize(columns));
+      for (ptrdiff_t y = 0; y < std::ssize(lines); ++y)
+        for (ptrdiff_t x = 0; x < std::ssize(columns); ++x)
+          scratch.write(after[p] + y * pitch[p] + x,
+                        weigh(in_scratch(before), p, columns[x], lines[y]));
     }
     convert_passes(h % 2 == 0, in_scratch(after));
   }
