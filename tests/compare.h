@@ -40,6 +40,17 @@ void expect_equal_to_model(const std::string &what, const std::vector<ModelPlane
     ASSERT_EQ(memory[p].content(), planes[p]->bytes) << what << ", plane " << p;
 }
 
+// The sentence that a call of the C++ layer refuses its arguments with.
+template <class Call>
+std::string refusal(Call call) {
+  try {
+    call();
+  } catch (const std::invalid_argument &error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
 inline std::string sizes(int32_t w, int32_t h, int32_t dw, int32_t dh) {
   return std::to_string(w) + "x" + std::to_string(h) + " to " + std::to_string(dw) + "x" +
          std::to_string(dh);

@@ -1,26 +1,13 @@
 // The C++ layer: the format table, descriptors and what is refused, and convert()
 // at sizes and strides for which the kernels alone are not exact.
-#include <gtest/gtest.h>
-
 #include <map>
 #include <pivra.hpp>
 
-#include "guarded.h"
+#include "compare.h"
 #include "tile_model.h"
 
 namespace pivra::test {
 namespace {
-
-// The sentence that a call refuses its arguments with.
-template <class Call>
-std::string refusal(Call call) {
-  try {
-    call();
-  } catch (const std::invalid_argument &error) {
-    return error.what();
-  }
-  return "accepted";
-}
 
 TEST(Formats, AnswerToTheirNamesInAnyCase) {
   for (const FormatInfo &info : formats()) {

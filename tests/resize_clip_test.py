@@ -3,8 +3,10 @@
 for one another, rows or columns out of place, which the model of the other tests shares with
 the library, would show here."""
 import ctypes
+import itertools
 import os
 import re
+import struct
 import tempfile
 import unittest
 from pathlib import Path
@@ -14,15 +16,6 @@ from commands import run
 LIBRARY = ctypes.CDLL(os.environ["PIVRA_LIBRARY"])
 SCRIPTS = Path(__file__).parent.parent / "scripts"
 MODE1 = 0x6D6F6431
-
-
-class ImageDesc(ctypes.Structure):
-    _fields_ = [("width", ctypes.c_int32 * 4), ("height", ctypes.c_int32 * 4),
-                ("stride", ctypes.c_int32 * 4), ("reserved", ctypes.c_uint32 * 4),
-                ("plane", ctypes.c_void_p * 4), ("reserved2", ctypes.c_uint32 * 4),
-                ("format", ctypes.c_int32), ("reserved3", ctypes.c_uint32 * 3),
-                ("resize_mode", ctypes.c_uint32)]
-
 
 SIZE, HALF, DOUBLE, FOURFOLD = (640, 360), (320, 180), (1280, 720), (2560, 1440)
 # An area of 2 x 2 is our filter but for rounding. Of pictures that grow we keep the first
@@ -42,13 +35,13 @@ FORMATS = [
 
 
 def describe(code, planes, size, data, mode=0):
-    desc, at = ImageDesc(format=code, resize_mode=mode), ctypes.addressof(data)
-    for i, (shift, sample) in enumerate(planes):
-        desc.width[i], desc.height[i] = (n >> shift for n in size)
-        desc.stride[i] = desc.width[i] * sample
-        desc.plane[i] = at
-        at += desc.stride[i] * desc.height[i]
-    return desc
+    """An ImageDesc, which has four planes in any case."""
+    columns, at = [], ctypes.addressof(data)
+    for shift, sample in (planes + [(16, 0)] * 4)[:4]:
+        width, height = (n >> shift for n in size)
+        columns.append((width, height, width * sample, at))
+        at += width * sample * height
+    return struct.pack("@12i16x4P16xi12xI4x", *itertools.chain(*zip(*columns)), code, mode)
 
 
 def ffmpeg(*arguments):
@@ -73,7 +66,7 @@ class Resizing(unittest.TestCase):
         after = ctypes.create_string_buffer(scaled)
         src = describe(code, planes, SIZE, before)
         dst = describe(code, planes, target, after, mode)
-        self.assertEqual(LIBRARY.pivra_rsz(ctypes.byref(src), ctypes.byref(dst)), 0)
+        self.assertEqual(LIBRARY.pivra_rsz(src, dst), 0)
         self.ours.write_bytes(after.raw)
         ffmpeg(*raw(pixel_format, SIZE, self.source), "-s", "%dx%d" % target, "-sws_flags",
                flags + "+accurate_rnd", "-pix_fmt", pixel_format, "-f", "rawvideo", self.theirs)

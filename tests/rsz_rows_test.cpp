@@ -33,14 +33,9 @@ INSTANTIATE_TEST_SUITE_P(, EveryLevel, testing::ValuesIn(levels_under_test()),
 std::pair<int32_t, int32_t> random_ratio() {
   const int32_t smaller = random_in(0, 2) ? random_in(1, 160) : random_in(1, 2100);
   const int32_t most = std::max(1, std::min(40, 20000 / smaller));
-  switch (random_in(0, 2)) {
-    case 0:
-      return {smaller * random_in(1, most), smaller};
-    case 1:
-      return {smaller * random_in(4, 17) / 4, smaller};
-    default:
-      return {random_in(smaller, smaller * most), smaller};
-  }
+  const std::array larger = {smaller * random_in(1, most), smaller * random_in(4, 17) / 4,
+                             random_in(smaller, smaller * most)};
+  return {larger[static_cast<size_t>(random_in(0, 2))], smaller};
 }
 
 // Also by ratios whose weights wrap or whose divisors are large, and to more outputs than
