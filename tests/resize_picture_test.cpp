@@ -74,6 +74,8 @@ TEST(ResizePictures, ResizeAndTurnEveryPlane) {
 
 // Of plane 0 alone the size counts. The copy kernels may go past the planes.
 TEST(ResizePictures, CopyOrTurnWhatKeepsItsSize) {
+  constexpr pivra_cpy_kernel *kCopies[] = {pivra_cpy_8b, pivra_cpy_16b, pivra_cpy_24b,
+                                           pivra_cpy_32b};
   for (const int32_t format : kFormats)
     for (int32_t rotation = kNoRotation; rotation < PIVRA_ROT_CODES; ++rotation) {
       const int32_t w = random_in(9, 40), h = random_in(9, 30), padding = random_in(0, 3),
@@ -84,12 +86,9 @@ TEST(ResizePictures, CopyOrTurnWhatKeepsItsSize) {
       const ImageDesc &s = src.desc;
       for (size_t p = 0; p < src.before.size() && rotation == kNoRotation; ++p) {
         const int32_t bytes = sample_bytes(format)[p];
-        const auto copy = bytes == 4      ? pivra_cpy_32b
-                          : bytes == 3    ? pivra_cpy_24b
-                          : format >= 100 ? pivra_cpy_16b
-                                          : pivra_cpy_8b;
-        copy(s.plane[p], s.width[p] * (format < 100 ? bytes : 1), s.height[p], s.stride[p],
-             same.desc.stride[p], same.desc.plane[p]);
+        const int32_t unit = format < 100 ? 1 : bytes;
+        kCopies[unit - 1](s.plane[p], s.width[p] * bytes / unit, s.height[p], s.stride[p],
+                          same.desc.stride[p], same.desc.plane[p]);
       }
       const int32_t result =
           rotation == kNoRotation ? PIVRA_OK : pivra_rot(&s, rotation, &same.desc);

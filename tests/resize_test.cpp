@@ -98,11 +98,13 @@ TEST(ResizeKernels, EqualTheModelAtEveryLevel) {
 }
 
 TEST(ResizeKernels, ShrinkTo404Rows) {
-  rounds_at_every_level(1, [](int) {
-    expect_kernel({"8b", "", false, 1280, 720, 720, 404, 1280, 720}, &ResizeModel::down_non_mult,
-                  pivra_8b_rsz_down_non_mult_720p_720x404, Arguments::down_720p);
-    expect_kernel({"8b8b", "", false, 640, 360, 360, 202, 1281, 723}, &ResizeModel::down_non_mult,
-                  pivra_8b8b_rsz_down_non_mult_720p_720x404, Arguments::down_720p);
+  const ResizeModel luma = {"8b", "", false, 1280, 720, 720, 404, 1280, 720};
+  const ResizeModel chroma = {"8b8b", "", false, 640, 360, 360, 202, 1281, 723};
+  at_every_level([&](const std::string &) {
+    expect_kernel(luma, &ResizeModel::down_non_mult, pivra_8b_rsz_down_non_mult_720p_720x404,
+                  Arguments::down_720p);
+    expect_kernel(chroma, &ResizeModel::down_non_mult, pivra_8b8b_rsz_down_non_mult_720p_720x404,
+                  Arguments::down_720p);
   });
 }
 
