@@ -53,10 +53,12 @@ void expect_kernel(const ResizeModel &m, void (ResizeModel::*model)(),
 std::array<int32_t, 2> random_sizes(int32_t limit, const std::string &kind) {
   const bool multiple = kind == "down_mult", grows = kind == "" ? random_in(0, 1) : kind[0] == 'u';
   const int32_t most = random_in(0, 1) ? 4 : random_in(0, 20) ? 40 : limit;
-  const int32_t ratio = random_in(1 + multiple, most),
-                few = random_in(1, std::max(1, limit / ratio));
-  const std::array rests = {0, few * random_in(0, 3) / 4, random_in(0, few - 1)};
-  const int32_t many = few * ratio + (multiple ? 0 : rests[size_t(random_in(0, 2))]);
+  const int32_t ratio = random_in(1 + multiple, most), rest = multiple ? 0 : random_in(0, 2);
+  int32_t few = random_in(1, std::max(1, limit / ratio));
+  if (rest == 2) few = (few + 3) & ~3;
+  const int32_t many = few * ratio + (rest == 0   ? 0
+                                      : rest == 1 ? random_in(0, few - 1)
+                                                  : few / 4 * random_in(1, 3));
   if (grows) return {few, many};
   return {many, few};
 }
