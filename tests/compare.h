@@ -56,7 +56,8 @@ inline std::string sizes(int32_t w, int32_t h, int32_t dw, int32_t dh) {
          std::to_string(dh);
 }
 
-// Pictures can be large, and are made of a quicker noise than that of other tests.
+// A quicker noise than that of guarded.h, for pictures, which can be large, and for what is
+// written over.
 inline std::vector<uint8_t> quick_noise(size_t count) {
   std::vector<uint8_t> bytes(count);
   auto state = static_cast<uint32_t>(random_engine()());
