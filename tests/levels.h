@@ -3,6 +3,8 @@
 #ifndef PIVRA_TESTS_LEVELS_H
 #define PIVRA_TESTS_LEVELS_H
 
+#include <gtest/gtest.h>
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -68,6 +70,12 @@ inline std::vector<LevelUnderTest> levels_under_test() {
 #undef PIVRA_OF_LEVEL
   return found;
 }
+
+// Tests of the tables of each level, which need not have any.
+class EachLevel : public testing::TestWithParam<LevelUnderTest> {};
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(EachLevel);
+INSTANTIATE_TEST_SUITE_P(, EachLevel, testing::ValuesIn(levels_under_test()),
+                         testing::PrintToStringParamName());
 
 // Lets the public functions run each level in turn: body(name of the level).
 template <class Body>

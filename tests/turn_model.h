@@ -17,24 +17,10 @@ struct TurnModel {
   void run() {
     for (int32_t y = 0; y < height; ++y)
       for (int32_t x = 0; x < width; ++x) {
-        ptrdiff_t column = x, row = y;
-        switch (code) {
-          case PIVRA_ROT_90L:
-            column = y, row = width - 1 - x;
-            break;
-          case PIVRA_ROT_90R:
-            column = height - 1 - y, row = x;
-            break;
-          case PIVRA_ROT_180:
-            column = width - 1 - x, row = height - 1 - y;
-            break;
-          case PIVRA_ROT_HORI:
-            column = width - 1 - x;
-            break;
-          case PIVRA_ROT_VERT:
-            row = height - 1 - y;
-            break;
-        }
+        const ptrdiff_t right = width - 1 - x, below = height - 1 - y;
+        const std::array<ptrdiff_t, 2> to[] = {{x, y},         {y, right}, {below, x},
+                                               {right, below}, {right, y}, {x, below}};
+        const auto [column, row] = to[code];
         for (int32_t byte = 0; byte < unit; ++byte)
           out.write(row * dst_stride + column * unit + byte,
                     in.read(ptrdiff_t{y} * src_stride + ptrdiff_t{x} * unit + byte));
