@@ -1,18 +1,48 @@
-// The kernels from RGB told literally, pixel by pixel and step by step, as the
-// reference that every level is compared with.
+// The layouts of RGB, and the kernels from RGB told literally, pixel by pixel and step
+// by step, as the reference that every level is compared with.
 #ifndef PIVRA_TESTS_RGB_MODEL_H
 #define PIVRA_TESTS_RGB_MODEL_H
 
-#include <array>
-
 #include "guarded.h"
-#include "pivra.h"
 
 namespace pivra::test {
 
 using Colour = std::array<int32_t, 3>;
 
 inline int32_t pixel_bytes(int32_t format) { return format < 300 ? 2 : format < 500 ? 3 : 4; }
+
+// Which of red, green, blue and alpha each byte holds, or each part of a word from the top.
+inline const std::array<int32_t, 4> &channels(int32_t format) {
+  static constexpr std::array<std::pair<int32_t, std::array<int32_t, 4>>, 8> layouts = {
+      {{PIVRA_FORMAT_RGB565, {0, 1, 2, 3}},
+       {PIVRA_FORMAT_BGR565, {2, 1, 0, 3}},
+       {PIVRA_FORMAT_RGB888, {0, 1, 2, 3}},
+       {PIVRA_FORMAT_BGR888, {2, 1, 0, 3}},
+       {PIVRA_FORMAT_RGBA8888, {0, 1, 2, 3}},
+       {PIVRA_FORMAT_BGRA8888, {2, 1, 0, 3}},
+       {PIVRA_FORMAT_ARGB8888, {3, 0, 1, 2}},
+       {PIVRA_FORMAT_ABGR8888, {3, 2, 1, 0}}}};
+  for (const auto &[code, order] : layouts)
+    if (code == format) return order;
+  throw std::invalid_argument("no such layout");
+}
+
+inline Colour load_rgb(ModelPlane &in, ptrdiff_t at, int32_t format) {
+  std::array<int32_t, 4> parts{}, pixel{};
+  for (int i = 0; i < pixel_bytes(format); ++i) parts[i] = in.read(at + i);
+  const int32_t word = parts[0] | parts[1] << 8;
+  if (pixel_bytes(format) == 2) parts = {word >> 11 << 3, (word >> 5 & 63) << 2, (word & 31) << 3};
+  for (int i = 0; i < 4; ++i) pixel[channels(format)[i]] = parts[i];
+  return {pixel[0], pixel[1], pixel[2]};
+}
+
+inline void store_rgb(ModelPlane &out, ptrdiff_t at, int32_t format, const Colour &c) {
+  const std::array<int32_t, 4> pixel = {c[0], c[1], c[2], 255}, &order = channels(format);
+  const int32_t word =
+      (pixel[order[0]] >> 3) << 11 | (pixel[order[1]] >> 2) << 5 | pixel[order[2]] >> 3;
+  for (int i = 0; i < pixel_bytes(format); ++i)
+    out.write(at + i, pixel_bytes(format) == 2 ? word >> (8 * i) : pixel[order[i]]);
+}
 
 struct RgbModel {
   int32_t source, destination;
@@ -33,30 +63,10 @@ struct RgbModel {
       to_packed_yuv444();
   }
 
-  Colour fetch(ptrdiff_t at) {
-    std::array<int32_t, 4> b{};
-    for (int i = 0; i < pixel_bytes(source); ++i) b[i] = in.read(at + i);
-    const int32_t word = b[0] | b[1] << 8;
-    const int32_t top = (word >> 11) << 3, middle = (word >> 5 & 63) << 2, low = (word & 31) << 3;
-    switch (source) {
-      case PIVRA_FORMAT_RGB565:
-        return {top, middle, low};
-      case PIVRA_FORMAT_BGR565:
-        return {low, middle, top};
-      case PIVRA_FORMAT_RGB888:
-      case PIVRA_FORMAT_RGBA8888:
-        return {b[0], b[1], b[2]};
-      case PIVRA_FORMAT_BGR888:
-      case PIVRA_FORMAT_BGRA8888:
-        return {b[2], b[1], b[0]};
-      case PIVRA_FORMAT_ARGB8888:
-        return {b[1], b[2], b[3]};
-      case PIVRA_FORMAT_ABGR8888:
-        return {b[3], b[2], b[1]};
-      default:
-        throw std::invalid_argument("no such source");
-    }
+  bool pairs() const {
+    return destination == PIVRA_FORMAT_NV12 || destination == PIVRA_FORMAT_NV21;
   }
+  Colour fetch(ptrdiff_t at) { return load_rgb(in, at, source); }
   static int32_t y(const Colour &c) { return 16 + ((66 * c[0] + 129 * c[1] + 25 * c[2]) >> 8); }
   static int32_t u(const Colour &c) {
     return 128 + ((-38 * c[0] - 74 * c[1] + 112 * c[2] + 128) >> 8);
@@ -78,18 +88,15 @@ struct RgbModel {
 
   void to_yuv420() {
     luma(stride, dst_step(0, width));
-    const bool pairs = destination == PIVRA_FORMAT_NV12 || destination == PIVRA_FORMAT_NV21;
     const bool v_first = destination == PIVRA_FORMAT_YV12 || destination == PIVRA_FORMAT_NV21;
     const int32_t samples = width / 2;
     ptrdiff_t from = 0;
-    for (int32_t row = 0; row < height / 2; ++row) {
-      for (int32_t x = 0; x < samples; ++x) {
+    for (int32_t row = 0; row < height / 2; ++row, from += stride)
+      for (int32_t x = 0; x < samples; ++x, from += 2 * pixel_bytes(source)) {
         const Colour c = fetch(from);
-        from += pixel_bytes(source);
-        fetch(from);  // read along with it
-        from += pixel_bytes(source);
+        fetch(from + pixel_bytes(source));  // read along with it
         const int32_t first = v_first ? v(c) : u(c), second = v_first ? u(c) : v(c);
-        if (pairs) {
+        if (pairs()) {
           out[1].write(row * dst_step(1, 2 * samples) + 2 * x, first);
           out[1].write(row * dst_step(1, 2 * samples) + 2 * x + 1, second);
         } else {
@@ -97,8 +104,6 @@ struct RgbModel {
           out[2].write(row * dst_step(2, samples) + x, second);
         }
       }
-      from += stride;
-    }
   }
 
   void to_packed_yuv444() {
@@ -115,18 +120,8 @@ struct RgbModel {
     const ptrdiff_t src_step = from == 3 ? stride : stride / from * from;
     const ptrdiff_t dst_step = dst_stride[0] / to * to;
     for (int32_t row = 0; row < height; ++row)
-      for (int32_t x = 0; x < width; ++x) {
-        const Colour c = fetch(row * src_step + x * from);
-        const ptrdiff_t at = row * dst_step + x * to;
-        const int32_t word = (c[0] & 0xF8) << 8 | (c[1] & 0xFC) << 3 | c[2] >> 3;
-        if (to == 2) {
-          out[0].write(at, word & 255);
-          out[0].write(at + 1, word >> 8);
-        } else {
-          for (int i = 0; i < 3; ++i) out[0].write(at + i, c[i]);
-          out[0].write(at + 3, 255);
-        }
-      }
+      for (int32_t x = 0; x < width; ++x)
+        store_rgb(out[0], row * dst_step + x * to, destination, fetch(row * src_step + x * from));
   }
 };
 

@@ -164,8 +164,7 @@ struct TileModel : ConversionModel {
         Colour c = {298 * l + 408 * v - 57059, 298 * l - 100 * u - 208 * v + 34713,
                     298 * l + 516 * u - 70887};
         for (int32_t &n : c) n = n < 0 ? 0 : n > 65535 ? 255 : n >> 8;
-        bytes((ptrdiff_t{y} * width + x) * 4,
-              {c[0] >> 3 << 3, c[1] >> 2 << 2, c[2] >> 3 << 3, 255});
+        put((ptrdiff_t{y} * width + x) * 4, {c[0] >> 3 << 3, c[1] >> 2 << 2, c[2] >> 3 << 3});
       }
   }
 };

@@ -3,14 +3,9 @@
 #ifndef PIVRA_TESTS_YUV_TO_RGB_MODEL_H
 #define PIVRA_TESTS_YUV_TO_RGB_MODEL_H
 
-#include <array>
-
-#include "guarded.h"
-#include "pivra.h"
+#include "rgb_model.h"
 
 namespace pivra::test {
-
-using Colour = std::array<int32_t, 3>;
 
 inline Colour model_matrix(int32_t luma, int32_t cb, int32_t cr) {
   const int32_t y = 298 * (luma - 16) + 128, u = cb - 128, v = cr - 128;
@@ -43,7 +38,7 @@ struct ConversionModel {
   bool halves_height() const {
     return from({PIVRA_FORMAT_YUV420, PIVRA_FORMAT_NV12, PIVRA_FORMAT_NV21, PIVRA_FORMAT_YUV422W});
   }
-  int32_t pixel_bytes() const { return destination < 300 ? 2 : destination < 500 ? 3 : 4; }
+  int32_t pixel_bytes() const { return test::pixel_bytes(destination); }
   bool is_pair_of_rows() const {
     return (from({PIVRA_FORMAT_YUV420}) &&
             to({PIVRA_FORMAT_RGB565, PIVRA_FORMAT_BGR565, PIVRA_FORMAT_RGBA8888,
@@ -82,36 +77,7 @@ struct ConversionModel {
     }
   }
 
-  void put(ptrdiff_t at, const Colour &c) {
-    const int32_t r = c[0], g = c[1], b = c[2];
-    const auto word = [&](int32_t top, int32_t bottom) {
-      const int32_t w = (top >> 3) << 11 | (g >> 2) << 5 | bottom >> 3;
-      bytes(at, {w & 255, w >> 8});
-    };
-    switch (destination) {
-      case PIVRA_FORMAT_RGB565:
-        return word(r, b);
-      case PIVRA_FORMAT_BGR565:
-        return word(b, r);
-      case PIVRA_FORMAT_RGB888:
-        return bytes(at, {r, g, b});
-      case PIVRA_FORMAT_BGR888:
-        return bytes(at, {b, g, r});
-      case PIVRA_FORMAT_RGBA8888:
-        return bytes(at, {r, g, b, 255});
-      case PIVRA_FORMAT_BGRA8888:
-        return bytes(at, {b, g, r, 255});
-      case PIVRA_FORMAT_ARGB8888:
-        return bytes(at, {255, r, g, b});
-      case PIVRA_FORMAT_ABGR8888:
-        return bytes(at, {255, b, g, r});
-      default:
-        throw std::invalid_argument("no such destination");
-    }
-  }
-  void bytes(ptrdiff_t at, std::initializer_list<int32_t> values) {
-    for (const int32_t value : values) out.write(at++, value);
-  }
+  void put(ptrdiff_t at, const Colour &c) { store_rgb(out, at, destination, c); }
 
   // A row in blocks of 8, then a tail two pixels at a time.
   void row_by_row() {
