@@ -24,6 +24,14 @@ struct Raster {
     return (ptrdiff_t{y / rows} * tiles_per_band + x / columns) * slot + y % rows * columns +
            x % columns;
   }
+  // The samples of a plane, tile by tile and in each row by row.
+  template <class Each>
+  void walk(int32_t width, int32_t height, Each each) const {
+    for (int32_t y0 = 0; y0 < height; y0 += rows)
+      for (int32_t x0 = 0; x0 < width; x0 += columns)
+        for (int32_t y = y0; y < std::min(height, y0 + rows); ++y)
+          for (int32_t x = x0; x < std::min(width, x0 + columns); ++x) each(x, y);
+  }
 };
 
 struct TileModel : ConversionModel {
@@ -57,37 +65,33 @@ struct TileModel : ConversionModel {
 
   // Pairs of plane 1 to planes a and b, which step by the strides of sa and sb.
   void unpack_tiles(int32_t w, int32_t h, int a, int b, int sa, int sb) {
-    for (int32_t y0 = 0; y0 < h; y0 += 32)
-      for (int32_t x0 = 0; x0 < w; x0 += 64)
-        for (int32_t y = y0; y < std::min(h, y0 + 32); ++y)
-          for (int32_t x = x0; x + 1 < std::min(w, x0 + 64); x += 2) {
-            const ptrdiff_t from = address_64x32(w, h, x, y);
-            out_plane(a).write(ptrdiff_t{y} * dst_strides[sa] + x / 2, in[1].read(from));
-            out_plane(b).write(ptrdiff_t{y} * dst_strides[sb] + x / 2, in[1].read(from + 1));
-          }
+    Raster{64, 32, 2048}.walk(w, h, [&](int32_t x, int32_t y) {
+      if (x % 2 != 0 || x + 1 >= w) return;
+      const ptrdiff_t from = address_64x32(w, h, x, y);
+      out_plane(a).write(ptrdiff_t{y} * dst_strides[sa] + x / 2, in[1].read(from));
+      out_plane(b).write(ptrdiff_t{y} * dst_strides[sb] + x / 2, in[1].read(from + 1));
+    });
   }
 
   void copy_raster(const Raster &layout, int p, int32_t w, int32_t h) {
     const int32_t tiles = (w + layout.columns - 1) / layout.columns;
-    for (int32_t y0 = 0; y0 < h; y0 += layout.rows)
-      for (int32_t x0 = 0; x0 < w; x0 += layout.columns)
-        for (int32_t y = y0; y < std::min(h, y0 + layout.rows); ++y)
-          for (int32_t x = x0; x < std::min(w, x0 + layout.columns); ++x)
-            out_plane(p).write(ptrdiff_t{y} * dst_strides[p] + x,
-                               in[p].read(layout.address(tiles, x, y)));
+    layout.walk(w, h, [&](int32_t x, int32_t y) {
+      out_plane(p).write(ptrdiff_t{y} * dst_strides[p] + x,
+                         in[p].read(layout.address(tiles, x, y)));
+    });
   }
 
+  // Of a tile that is whole, the rows of plane 2 step by the stride of plane 1.
   void unpack_16x8(int32_t w, int32_t h) {
-    const int32_t a = dst_strides[1], b = dst_strides[2];
-    for (int32_t y0 = 0; y0 < h; y0 += 8)
-      for (int32_t x0 = 0; x0 < w; x0 += 16)
-        for (int32_t r = 0; r < std::min(8, h - y0); ++r)
-          for (int32_t k = 0; k < std::min(16, w - x0) / 2; ++k) {
-            const ptrdiff_t from = Raster{16, 8, 128}.address((w + 15) / 16, x0 + 2 * k, y0 + r);
-            const int32_t step_b = x0 + 16 > w ? b : a;
-            out_plane(1).write(ptrdiff_t{y0} * a + r * a + x0 / 2 + k, in[1].read(from));
-            out_plane(2).write(ptrdiff_t{y0} * b + r * step_b + x0 / 2 + k, in[1].read(from + 1));
-          }
+    const Raster layout = {16, 8, 128};
+    const ptrdiff_t a = dst_strides[1], b = dst_strides[2];
+    layout.walk(w, h, [&](int32_t x, int32_t y) {
+      if (x % 2 != 0 || x + 1 >= w) return;
+      const ptrdiff_t from = layout.address((w + 15) / 16, x, y);
+      const ptrdiff_t in_tile = x / 16 * 16 + 16 > w ? b : a;
+      out_plane(1).write(y * a + x / 2, in[1].read(from));
+      out_plane(2).write(y / 8 * 8 * b + y % 8 * in_tile + x / 2, in[1].read(from + 1));
+    });
   }
 
   void swap(int p, int32_t w, int32_t h) {
@@ -115,14 +119,11 @@ struct TileModel : ConversionModel {
 
   template <class Luma, class Chroma, class Line>
   void convert_tiles(const Raster &tile, int32_t columns, Luma luma, Chroma chroma, Line line) {
-    for (int32_t y0 = 0; y0 < height; y0 += tile.rows)
-      for (int32_t x0 = 0; x0 < columns; x0 += tile.columns)
-        for (int32_t y = y0; y < std::min(height, y0 + tile.rows); ++y)
-          for (int32_t x = x0; x < std::min(columns, x0 + tile.columns); ++x) {
-            const ptrdiff_t pair = chroma(x / 2 * 2, y / 2);
-            put(line(y) + ptrdiff_t{x} * pixel_bytes(),
-                model_matrix(in[0].read(luma(x, y)), in[1].read(pair), in[1].read(pair + 1)));
-          }
+    tile.walk(columns, height, [&](int32_t x, int32_t y) {
+      const ptrdiff_t pair = chroma(x / 2 * 2, y / 2);
+      put(line(y) + ptrdiff_t{x} * pixel_bytes(),
+          model_matrix(in[0].read(luma(x, y)), in[1].read(pair), in[1].read(pair + 1)));
+    });
   }
 
   void t64x32_to_rgb() {
