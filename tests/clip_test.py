@@ -3,16 +3,12 @@
 the matrix that the models of the other tests share with the library would show here."""
 import itertools
 import math
-import os
-import pathlib
-import re
 import shutil
-import subprocess
-import tempfile
 import unittest
+from pathlib import Path
 
-TOOL = os.environ["PIVRA_TOOL"]
-SCRIPTS = pathlib.Path(__file__).parent.parent / "scripts"
+from commands import InFolder, ffmpeg, material, pivra, psnr, raw
+
 SIZE, FRAMES = "1280x720", 3
 
 # What swscale makes of the same frames: a filter of the frames, limits of the PSNR in dB,
@@ -62,71 +58,42 @@ ROUND_TRIPS = [
 ]
 
 
-def ffmpeg(*arguments):
-    command = ["ffmpeg", "-nostdin", "-loglevel", "info", "-y", *arguments]
-    done = subprocess.run(command, capture_output=True, text=True, check=False)
-    if done.returncode != 0:
-        raise RuntimeError(f"{' '.join(command)}\n{done.stderr}")
-    return done.stderr
-
-
-def raw(pixel_format, path):
-    return ["-f", "rawvideo", "-pix_fmt", pixel_format, "-video_size", SIZE, "-i", str(path)]
-
-
-def psnr(pixel_format, ours, theirs):
-    """In dB, by the letter of the plane or colour, and the average."""
-    report = ffmpeg(*raw(pixel_format, ours), *raw(pixel_format, theirs),
-                    "-lavfi", "psnr", "-f", "null", "-")
-    planes = re.search(r"PSNR (.*average:\S+)", report).group(1)
-    return {plane: float(value) for plane, value in re.findall(r"(\w+):(\S+)", planes)}
+def decode(pixel_format, video_filter="null"):
+    ffmpeg("-ss", "2", "-i", material("cockatoo"), "-frames:v", FRAMES, "-vf", video_filter,
+           *raw(pixel_format, "source"))
 
 
 def convert(source, target, from_name, to_name):
-    subprocess.run([TOOL, "convert", source, target, "-f", from_name, "-s", SIZE, "--to", to_name],
-                   check=True)
+    pivra("convert", source, target, "-f", from_name, "-s", SIZE, "--to", to_name)
 
 
-class Clip(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.clip = subprocess.run([SCRIPTS / "material", "cockatoo"], capture_output=True, text=True,
-                                  check=True).stdout.strip()
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.source, self.ours, self.theirs = (
-            pathlib.Path(folder.name, name) for name in ("source", "ours", "theirs"))
-
-    def decode(self, pixel_format, video_filter="null"):
-        ffmpeg("-ss", "2", "-i", self.clip, "-frames:v", str(FRAMES), "-vf", video_filter,
-               "-pix_fmt", pixel_format, "-f", "rawvideo", str(self.source))
+class Clip(InFolder):
+    def compare(self, pixel_format, ours, theirs):
+        self.assertEqual(Path(ours).stat().st_size, Path(theirs).stat().st_size)
+        return psnr(raw(pixel_format, ours, SIZE), raw(pixel_format, theirs, SIZE))
 
     def test_frames_look_as_swscale_shows_them(self):
         for video_filter, limits, cases in BESIDE_SWSCALE:
             for name, pixel_format, target, target_format in cases:
                 with self.subTest(f"{name} to {target}"):
-                    self.decode(pixel_format, video_filter)
-                    convert(self.source, self.ours, name, target)
-                    ffmpeg(*raw(pixel_format, self.source), "-sws_flags", "neighbor+accurate_rnd",
-                           "-pix_fmt", target_format, "-f", "rawvideo", str(self.theirs))
-                    self.assertEqual(self.ours.stat().st_size, self.theirs.stat().st_size)
-                    measured = psnr(target_format, self.ours, self.theirs)
+                    decode(pixel_format, video_filter)
+                    convert("source", "ours", name, target)
+                    ffmpeg(*raw(pixel_format, "source", SIZE), "-sws_flags",
+                           "neighbor+accurate_rnd", *raw(target_format, "theirs"))
+                    measured = self.compare(target_format, "ours", "theirs")
                     for plane, limit in limits.items():
                         self.assertGreater(measured[plane], limit, plane)
 
     def test_frames_come_back(self):
         for name, pixel_format, way, limit in ROUND_TRIPS:
             with self.subTest(f"{name} by way of {way}"):
-                self.decode(pixel_format)
-                shutil.copy(self.source, self.ours)
+                decode(pixel_format)
+                shutil.copy("source", "ours")
                 for step in itertools.pairwise([name, *way, name]):
-                    convert(self.ours, self.theirs, *step)
-                    self.theirs.replace(self.ours)
-                self.assertEqual(self.ours.stat().st_size, self.source.stat().st_size)
-                self.assertGreaterEqual(min(psnr(pixel_format, self.ours, self.source).values()),
-                                        limit)
+                    convert("ours", "next", *step)
+                    shutil.move("next", "ours")
+                measured = self.compare(pixel_format, "ours", "source")
+                self.assertGreaterEqual(min(measured.values()), limit)
 
 
 if __name__ == "__main__":

@@ -1,17 +1,13 @@
 #!/usr/bin/env python3
 """Tiled frames beside GStreamer, whose NV12_64Z32 is t64x32: a reading of the layout
 that the model of the other tests shares with the library would show here."""
-import os
 import random
 import shutil
-import tempfile
 import unittest
 from pathlib import Path
 
-from commands import run
+from commands import InFolder, ffmpeg, material, pivra, raw, run
 
-TOOL = os.environ["PIVRA_TOOL"]
-SCRIPTS = Path(__file__).parent.parent / "scripts"
 CLIP_SIZE = 1280, 720
 
 # Multiples of 4, for GStreamer rounds the strides of NV12 up to them. The tiles of luma
@@ -21,27 +17,23 @@ SIZES = [(64, 32), (72, 34), (72, 40), (132, 66), (176, 144), (200, 96), (256, 1
 
 
 @unittest.skipUnless(shutil.which("gst-launch-1.0"), "needs gst-launch-1.0")
-class Tiles(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.source, self.target = Path(folder.name, "source"), Path(folder.name, "target")
+class Tiles(InFolder):
+    source, target = Path("source"), Path("target")
 
-    def gstreamer(self, frame, size, source, target):
+    def gst(self, frame, size, source, target):
         """The frame in another format of GStreamer's."""
         self.source.write_bytes(frame)
         width, height = size
-        run("gst-launch-1.0", "-q", "filesrc", f"location={self.source}", f"blocksize={len(frame)}",
+        run("gst-launch-1.0", "-q", "filesrc", "location=source", f"blocksize={len(frame)}",
             "!", f"video/x-raw,format={source},width={width},height={height},framerate=1/1",
             "!", "videoconvert", "!", f"video/x-raw,format={target}",
-            "!", "filesink", f"location={self.target}")
+            "!", "filesink", "location=target")
         return self.target.read_bytes()
 
-    def pivra(self, frame, size, source, target):
+    def own(self, frame, size, source, target):
         """The frame in another format of ours."""
         self.source.write_bytes(frame)
-        run(TOOL, "convert", self.source, self.target, "-f", source, "-t", target,
-            "-s", "{}x{}".format(*size))
+        pivra("convert", "source", "target", "-f", source, "-t", target, "-s", "%dx%d" % size)
         return self.target.read_bytes()
 
     def check(self, frame, size):
@@ -49,22 +41,20 @@ class Tiles(unittest.TestCase):
         luma = size[0] * size[1]
         planar = frame[:luma] + frame[luma::2] + frame[luma + 1::2]
         with self.subTest(size=size):
-            theirs = self.gstreamer(frame, size, "NV12", "NV12_64Z32")
+            theirs = self.gst(frame, size, "NV12", "NV12_64Z32")
             # Said in few words, a difference of frames would fill pages.
-            self.assertTrue(self.pivra(theirs, size, "t64x32", "nv12") == frame, "to nv12")
-            self.assertTrue(self.pivra(theirs, size, "t64x32", "yuv420") == planar, "to yuv420")
-            ours = self.pivra(planar, size, "yuv420", "t64x32")
+            self.assertTrue(self.own(theirs, size, "t64x32", "nv12") == frame, "to nv12")
+            self.assertTrue(self.own(theirs, size, "t64x32", "yuv420") == planar, "to yuv420")
+            ours = self.own(planar, size, "yuv420", "t64x32")
             self.assertEqual(len(ours), len(theirs))
-            self.assertTrue(self.gstreamer(ours, size, "NV12_64Z32", "NV12") == frame, "to t64x32")
+            self.assertTrue(self.gst(ours, size, "NV12_64Z32", "NV12") == frame, "to t64x32")
 
     def test_random_frames(self):
         for size in SIZES:
             self.check(random.Random(str(size)).randbytes(size[0] * size[1] * 3 // 2), size)
 
     def test_frame_of_the_clip(self):
-        run("ffmpeg", "-nostdin", "-loglevel", "error", "-y", "-ss", "2",
-            "-i", run(SCRIPTS / "material", "cockatoo").strip(), "-frames:v", "1", "-pix_fmt", "nv12",
-            "-f", "rawvideo", self.target)
+        ffmpeg("-ss", "2", "-i", material("cockatoo"), "-frames:v", "1", *raw("nv12", "target"))
         self.check(self.target.read_bytes(), CLIP_SIZE)
 
 
