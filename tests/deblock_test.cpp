@@ -65,17 +65,13 @@ DeblockModel random_job() {
   return m;
 }
 
-std::string describe(const DeblockModel &m) {
-  return testing::PrintToString(
-      std::tuple(m.width, m.height, "stride", m.stride, "strength", m.strength));
-}
-
 template <class Run>
 void expect_equal(Run run, void (DeblockModel::*rule)(), DeblockModel m) {
   GuardedPlane plane;
   run(plane.place(m.plane, random_in(0, 1)), m.strength, m.stride, m.width, m.height);
   (m.*rule)();
-  ASSERT_EQ(plane.content(), m.plane) << describe(m);
+  ASSERT_EQ(plane.content(), m.plane)
+      << m.width << "x" << m.height << " stride " << m.stride << " strength " << m.strength;
 }
 
 TEST_P(EachLevel, EqualsTheModel) {
@@ -149,7 +145,7 @@ TEST(Deblock, FiltersThePlanesThereAre) {
               refused ? PIVRA_REFUSED : PIVRA_OK);
     for (size_t i = 0; i < 3; ++i) {
       if (!refused && i != none) models[i].both();
-      ASSERT_EQ(planes[i].content(), models[i].plane) << "plane " << i << describe(models[i]);
+      ASSERT_EQ(planes[i].content(), models[i].plane) << "plane " << i << " of strength " << qp;
     }
   }
 }

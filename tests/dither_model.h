@@ -37,7 +37,7 @@ struct DitherModel : ConversionModel {
     if (above > 0) {
       model_perturb(in[0], width, above, stride[0], dst_stride >> 1, out, scratch);
       if (from({PIVRA_FORMAT_YUV422N, PIVRA_FORMAT_YUV422W}))
-        convert(destination, above, dst_stride >> 1, {});
+        convert(source, destination, above, dst_stride >> 1, {});
       else
         over_the_luma(scratch, above);
     }
@@ -46,18 +46,16 @@ struct DitherModel : ConversionModel {
     std::array<ptrdiff_t, 3> first = {std::max(above, 0)};
     for (int i = 1; i < 3 && heights[0] >= 4; ++i)
       first[i] = heights[i] - (from({PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV422W}) ? 2 : 4);
-    if (source == PIVRA_FORMAT_YUV444 && destination == PIVRA_FORMAT_RGB565) {
-      source = PIVRA_FORMAT_YUV420;
-      convert(PIVRA_FORMAT_BGR565, rows, stride[0], first);
-      source = PIVRA_FORMAT_YUV444;
-    } else {
-      convert(destination, rows, stride[0], first);
-    }
+    const bool another = source == PIVRA_FORMAT_YUV444 && destination == PIVRA_FORMAT_RGB565;
+    convert(another ? PIVRA_FORMAT_YUV420 : source, another ? PIVRA_FORMAT_BGR565 : destination,
+            rows, stride[0], first);
   }
 
   // An ordinary conversion from and to rows that are so far down.
-  void convert(int32_t to, int32_t rows, int32_t luma_stride, std::array<ptrdiff_t, 3> first) {
+  void convert(int32_t format, int32_t to, int32_t rows, int32_t luma_stride,
+               std::array<ptrdiff_t, 3> first) {
     ConversionModel m = *this;
+    m.source = format;
     m.destination = to;
     m.height = rows;
     m.stride[0] = luma_stride;

@@ -1,4 +1,5 @@
 #include <map>
+#include <pivra.hpp>
 
 #include "dither_model.h"
 #include "levels.h"
@@ -59,13 +60,8 @@ struct Kernel {
   pivra_csc_kernel *run;
 };
 
-const std::map<std::string, int32_t> kFormats = {
-    {"yuv400", PIVRA_FORMAT_YUV400},   {"yuv420", PIVRA_FORMAT_YUV420},
-    {"yuv422n", PIVRA_FORMAT_YUV422N}, {"yuv422w", PIVRA_FORMAT_YUV422W},
-    {"yuv444", PIVRA_FORMAT_YUV444},   {"rgb565", PIVRA_FORMAT_RGB565},
-    {"bgr565", PIVRA_FORMAT_BGR565}};
-#define PIVRA_KERNEL(source, destination)                                        \
-  {kFormats.at(#source), kFormats.at(#destination), #source "_to_" #destination, \
+#define PIVRA_KERNEL(source, destination)                                                    \
+  {find_format(#source)->code, find_format(#destination)->code, #source "_to_" #destination, \
    PIVRA_DITHER_NAME(source, destination)},
 const std::vector<Kernel> kKernels = {PIVRA_DITHER(PIVRA_KERNEL)};
 

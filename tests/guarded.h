@@ -127,8 +127,6 @@ struct Image {
     own();
   }
   Image(const Image &other) : bytes(other.bytes), desc(other.desc) { own(); }
-  Image &operator=(const Image &) = delete;
-  ~Image() = default;
 
   void own() {
     for (int p = 0; p < 4; ++p) desc.plane[p] = bytes[p].data();

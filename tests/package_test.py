@@ -17,21 +17,6 @@ RUNTIME = re.compile(r"lib[cm]\.so\.6|ld-linux.*")
 NEEDED = ["libtcor.so.1"]
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--build", required=True, help="build directory to install from")
-    parser.add_argument("--cmake", default="cmake")
-    parser.add_argument("--cc", default="cc")
-    parser.add_argument("--cxx", default="c++")
-    parser.add_argument("--cflags", default="", help="flags of every compilation and link")
-    parser.add_argument("--readelf", default="readelf")
-    parser.add_argument("--emulator", default="", help="command that runs a program of the target")
-    args = parser.parse_args()
-
-    with tempfile.TemporaryDirectory() as temp:
-        check(args, pathlib.Path(temp))
-
-
 def check(args, temp):
     flags = shlex.split(args.cflags)
     # Moved after installation: nothing may hold on to where it was installed.
@@ -81,4 +66,8 @@ def check(args, temp):
         assert others == NEEDED, f"needs {others}"
 
 
-main()
+parser = argparse.ArgumentParser(description=__doc__)
+for option in "build", "cmake", "cc", "cxx", "cflags", "readelf", "emulator":
+    parser.add_argument(f"--{option}", required=True)
+with tempfile.TemporaryDirectory() as folder:
+    check(parser.parse_args(), pathlib.Path(folder))

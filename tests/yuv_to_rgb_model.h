@@ -48,33 +48,22 @@ struct ConversionModel {
 
   // One pixel at column x: luma row and chroma rows given by the offset of their starts.
   Colour fetch(int32_t x, ptrdiff_t luma, ptrdiff_t u, ptrdiff_t v) {
-    switch (source) {
-      case PIVRA_FORMAT_YUV400: {
-        const int32_t y = in[0].read(luma + x);
-        return {y, y, y};
-      }
-      case PIVRA_FORMAT_YUV420:
-      case PIVRA_FORMAT_YUV422N:
-        return model_matrix(in[0].read(luma + x), in[1].read(u + (x >> 1)),
-                            in[2].read(v + (x >> 1)));
-      case PIVRA_FORMAT_YUV444:
-      case PIVRA_FORMAT_YUV422W:
-        return model_matrix(in[0].read(luma + x), in[1].read(u + x), in[2].read(v + x));
-      case PIVRA_FORMAT_NV12:
-      case PIVRA_FORMAT_NV21: {
-        const int32_t first = in[1].read(u + (x >> 1) * 2),
-                      second = in[1].read(u + (x >> 1) * 2 + 1);
-        return source == PIVRA_FORMAT_NV12 ? model_matrix(in[0].read(luma + x), first, second)
-                                           : model_matrix(in[0].read(luma + x), second, first);
-      }
-      default: {
-        const ptrdiff_t group = luma + (x >> 1) * 4;
-        std::array<int32_t, 4> b;
-        for (int i = 0; i < 4; ++i) b[i] = in[0].read(group + i);
-        return source == PIVRA_FORMAT_UYVY ? model_matrix(b[1 + 2 * (x & 1)], b[0], b[2])
-                                           : model_matrix(b[2 * (x & 1)], b[1], b[3]);
-      }
+    const int32_t pair = x / 2;
+    if (from({PIVRA_FORMAT_UYVY, PIVRA_FORMAT_YUYV})) {
+      std::array<int32_t, 4> b;
+      for (int i = 0; i < 4; ++i) b[i] = in[0].read(luma + 4 * pair + i);
+      const int32_t first = source == PIVRA_FORMAT_UYVY;  // luma
+      return model_matrix(b[first + 2 * (x % 2)], b[1 - first], b[3 - first]);
     }
+    const int32_t y = in[0].read(luma + x);
+    if (source == PIVRA_FORMAT_YUV400) return {y, y, y};
+    if (from({PIVRA_FORMAT_NV12, PIVRA_FORMAT_NV21})) {
+      const int32_t first = in[1].read(u + 2 * pair), second = in[1].read(u + 2 * pair + 1);
+      const bool u_first = source == PIVRA_FORMAT_NV12;
+      return model_matrix(y, u_first ? first : second, u_first ? second : first);
+    }
+    const int32_t column = from({PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV422N}) ? pair : x;
+    return model_matrix(y, in[1].read(u + column), in[2].read(v + column));
   }
 
   void put(ptrdiff_t at, const Colour &c) { store_rgb(out, at, destination, c); }
