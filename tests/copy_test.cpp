@@ -18,15 +18,11 @@ TEST(CopyKernels, EqualTheModel) {
       m.dst_stride = row + (contiguous ? 0 : random_in(0, 33));
       // Content says how far a contiguous tail runs, so there is more than enough.
       m.in.bytes = random_bytes(1 << 17);
-      const auto model = [&] {
-        m.in.read((m.height - 1) * m.src_stride + row - 1);
-        m.run();
-      };
       const auto run = [&](uint8_t **src, uint8_t **dst) {
         kKernels[sample_bytes - 1](*src, m.width, m.height, m.src_stride, m.dst_stride, *dst);
       };
       compare_with_model(
-          {&m.in}, {&m.out}, model, run,
+          {&m.in}, {&m.out}, [&] { m.run(); }, run,
           std::tuple(sample_bytes, m.width, m.height, "strides", m.src_stride, m.dst_stride));
     }
 }

@@ -115,42 +115,39 @@ struct TileModel : ConversionModel {
                              in[1 + second].read(ptrdiff_t{y} * stride[1 + second] + x / 2));
   }
 
-  // --- to RGB: luma and chroma address a sample and a pair, line gives a row's start ---
+  // --- to RGB: where a sample of luma or a pair of chroma is, and where a row starts ---
 
-  template <class Luma, class Chroma, class Line>
-  void convert_tiles(const Raster &tile, int32_t columns, Luma luma, Chroma chroma, Line line) {
+  template <class Address, class Line>
+  void convert_tiles(const Raster &tile, int32_t columns, Address address, Line line) {
     tile.walk(columns, height, [&](int32_t x, int32_t y) {
-      const ptrdiff_t pair = chroma(x / 2 * 2, y / 2);
+      const ptrdiff_t pair = address(true, x / 2 * 2, y / 2);
       put(line(y) + ptrdiff_t{x} * pixel_bytes(),
-          model_matrix(in[0].read(luma(x, y)), in[1].read(pair), in[1].read(pair + 1)));
+          model_matrix(in[0].read(address(false, x, y)), in[1].read(pair), in[1].read(pair + 1)));
     });
   }
 
   void t64x32_to_rgb() {
     const int32_t pitch = pixel_bytes() == 2 ? dst_strides[0] / 2 * 2 : dst_strides[0];
-    convert_tiles(
-        {64, 32, 2048}, width,
-        [&](int32_t x, int32_t y) { return address_64x32(width, height, x, y); },
-        [&](int32_t x, int32_t y) { return address_64x32(width, height / 2, x, y); },
-        [&](int32_t y) { return ptrdiff_t{y} * pitch; });
+    const auto address = [&](bool chroma, int32_t x, int32_t y) {
+      return address_64x32(width, chroma ? height / 2 : height, x, y);
+    };
+    convert_tiles({64, 32, 2048}, width, address, [&](ptrdiff_t y) { return y * pitch; });
   }
 
   void t16x16_to_rgb() {
-    const int32_t tiles = (width + 15) / 16;
-    const auto address = [tiles](const Raster &layout) {
-      return [=](int32_t x, int32_t y) { return layout.address(tiles, x, y); };
+    const auto address = [&](bool chroma, int32_t x, int32_t y) {
+      return Raster{16, chroma ? 8 : 16, chroma ? 128 : 256}.address((width + 15) / 16, x, y);
     };
-    convert_tiles({width, 1, 0}, width, address({16, 16, 256}), address({16, 8, 128}),
-                  [&](int32_t y) { return ptrdiff_t{y} * dst_strides[0]; });
+    convert_tiles({width, 1, 0}, width, address, [&](ptrdiff_t y) { return y * dst_strides[0]; });
   }
 
   void t256x16_to_rgb() {
     const Raster layout = {256, 16, 4096};
-    const auto address = [&](int32_t x, int32_t y) { return layout.address(8, x, y); };
-    const int32_t s = dst_strides[0];
-    convert_tiles(layout, (std::min(width, 2048) + 1) / 2 * 2, address, address, [&](int32_t y) {
-      return ptrdiff_t{y / 16 * 16} * s / 4 * 4 + ptrdiff_t{y % 16} * s / 4 * 4;
-    });
+    const auto address = [&](bool, int32_t x, int32_t y) { return layout.address(8, x, y); };
+    const auto line = [s = dst_strides[0]](ptrdiff_t y) {
+      return y / 16 * 16 * s / 4 * 4 + y % 16 * s / 4 * 4;
+    };
+    convert_tiles(layout, (std::min(width, 2048) + 1) / 2 * 2, address, line);
   }
 
   void t8x8_to_rgb() {
