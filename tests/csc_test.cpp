@@ -57,8 +57,8 @@ TEST_P(EachLevel, EqualsTheModelAtRandomSizes) {
           [&](uint8_t **src, uint8_t **dst) {
             call(chosen, m.width, m.height, m.stride, {m.dst_stride}, src, dst);
           },
-          std::tuple(GetParam().name, kernel.name, m.width, m.height, "strides", m.stride,
-                     m.dst_stride));
+          std::tuple(round ? GetParam().name : "exported", kernel.name, m.width, m.height,
+                     "strides", m.stride, m.dst_stride));
     }
 }
 

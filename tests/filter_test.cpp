@@ -139,7 +139,7 @@ TEST(Detail, EqualsTheModelAtEverySize) {
 
 struct Views {
   explicit Views(int32_t width, int32_t height)
-      : pixels(random_bytes(size_t(6 * width * height))), packed(size_t(3 * width * height)) {
+      : pixels(noise(size_t(6 * width * height))), packed(size_t(3 * width * height)) {
     src.width[0] = 2 * width;
     dst.width[0] = width;
     src.height[0] = dst.height[0] = height;

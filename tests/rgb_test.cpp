@@ -56,8 +56,8 @@ TEST_P(EachLevel, EqualsTheModelAtRandomSizes) {
       compare_with_model(
           {&m.in}, {&m.out[0], &m.out[1], &m.out[2]}, [&] { m.run(); },
           [&](uint8_t **src, uint8_t **dst) { run(chosen, m, src, dst); },
-          std::tuple(GetParam().name, kernel.name, m.width, m.height, "strides", m.stride,
-                     m.dst_stride));
+          std::tuple(round ? GetParam().name : "exported", kernel.name, m.width, m.height,
+                     "strides", m.stride, m.dst_stride));
     }
 }
 
