@@ -53,7 +53,7 @@ TEST_P(EachLevel, EqualsTheModelAtRandomSizes) {
       pivra_csc_kernel *const chosen =
           round ? GetParam().yuv_to_rgb.*kernel.at_level : kernel.exported;
       compare_with_model(
-          {&m.in[0], &m.in[1], &m.in[2]}, {&m.out}, [&] { m.run(); },
+          all(m.in), {&m.out}, [&] { m.run(); },
           [&](uint8_t **src, uint8_t **dst) {
             call(chosen, m.width, m.height, m.stride, {m.dst_stride}, src, dst);
           },
@@ -103,9 +103,9 @@ TEST(Dispatcher, ConvertsThePairsOfTheListAndNoOthers) {
       src.desc.format = from;
       dst.desc.format = to;
       const auto before = dst.bytes[0];
-      const int32_t expected = from == to                ? PIVRA_REFUSED
-                               : pairs.count({from, to}) ? PIVRA_OK
-                                                         : PIVRA_UNSUPPORTED;
+      const int32_t expected = from == to                   ? PIVRA_REFUSED
+                               : pairs.contains({from, to}) ? PIVRA_OK
+                                                            : PIVRA_UNSUPPORTED;
       ASSERT_EQ(pivra_csc(&src.desc, &dst.desc), expected) << from << " to " << to;
       ASSERT_EQ(dst.bytes[0] != before, expected == PIVRA_OK) << from << " to " << to;
       std::fill(dst.bytes[0].begin(), dst.bytes[0].end(), 0x5A);

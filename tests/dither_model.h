@@ -64,7 +64,8 @@ struct DitherModel : ConversionModel {
     m.run();
     in = m.in;
     out = m.out;
-    for (ModelPlane *plane : {&in[0], &in[1], &in[2], &out}) plane->origin = 0;
+    for (ModelPlane &plane : in) plane.origin = 0;
+    out.origin = 0;
   }
 
   // Row by row; of 4:2:0 two pixels at once. For an odd width pivra_csc_yuv420_to_rgb565

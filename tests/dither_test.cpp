@@ -100,7 +100,7 @@ TEST(Kernels, EqualTheModelAtEveryLevel) {
           kernel.run(src, width.data(), height.data(), stride.data(), dst_stride.data(), dst);
         };
         compare_with_model(
-            {&m.in[0], &m.in[1], &m.in[2]}, {&m.out}, [&] { m.run(); }, run,
+            all(m.in), {&m.out}, [&] { m.run(); }, run,
             std::tuple(level, kernel.name, m.width, m.heights, "strides", m.stride, m.dst_stride),
             luma);
       }

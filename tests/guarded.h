@@ -167,6 +167,9 @@ class ModelPlane {
 };
 
 using ModelPlanes = std::vector<ModelPlane *>;
+inline ModelPlanes all(std::array<ModelPlane, 3> &planes) {
+  return {planes.data(), planes.data() + 1, planes.data() + 2};
+}
 
 // Runs a kernel on planes that hold exactly what its model touches, with inaccessible pages
 // around them, and compares all of their bytes with what the model makes of them. Sources

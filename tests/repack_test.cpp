@@ -160,8 +160,8 @@ TEST(Planes, EqualTheModelAtEveryLevel) {
         const auto run = [&](uint8_t **src, uint8_t **dst) {
           kernel.run(src, width.data(), height.data(), from.data(), to.data(), dst);
         };
-        compare_with_model({&m.in[0], &m.in[1], &m.in[2]}, {&m.out[0], &m.out[1], &m.out[2]}, model,
-                           run, std::tuple(level, kernel.name, width, height, "strides", from, to));
+        compare_with_model(all(m.in), all(m.out), model, run,
+                           std::tuple(level, kernel.name, width, height, "strides", from, to));
       }
   });
 }

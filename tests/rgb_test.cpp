@@ -54,7 +54,7 @@ TEST_P(EachLevel, EqualsTheModelAtRandomSizes) {
       RgbModel m = random_job(kernel);
       pivra_csc_kernel *const chosen = round ? kernel.at_level(GetParam()) : kernel.exported;
       compare_with_model(
-          {&m.in}, {&m.out[0], &m.out[1], &m.out[2]}, [&] { m.run(); },
+          {&m.in}, all(m.out), [&] { m.run(); },
           [&](uint8_t **src, uint8_t **dst) { run(chosen, m, src, dst); },
           std::tuple(round ? GetParam().name : "exported", kernel.name, m.width, m.height,
                      "strides", m.stride, m.dst_stride));

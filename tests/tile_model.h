@@ -94,7 +94,7 @@ struct TileModel : ConversionModel {
     });
   }
 
-  void swap(int p, int32_t w, int32_t h) {
+  void exchange(int p, int32_t w, int32_t h) {
     const int32_t count = int16_t(w) * int16_t(h);
     int32_t i = 0;
     do {

@@ -32,7 +32,7 @@ void t64x32_to_nv12(M m) {
 }
 void t64x32_to_nv21(M m) {
   t64x32_to_nv12(m);
-  m.swap(1, m.width, m.height / 2);
+  m.exchange(1, m.width, m.height / 2);
 }
 void t16x16_to_nv12(M m) {
   m.copy_raster({16, 16, 256}, 0, m.width, m.height);
@@ -72,7 +72,7 @@ const std::vector<Kernel> kKernels = {
                   pivra_csc_unpack_tiles_to_linear(s[1], m.width, m.height, m.dst_strides[1], d[1],
                                                    m.dst_strides[2], d[2]);
                 }},
-    {"swap_8byte8", -1, -1, [](M m) { m.swap(0, m.width, m.height); },
+    {"swap_8byte8", -1, -1, [](M m) { m.exchange(0, m.width, m.height); },
      [](M m, Planes, Planes d) { pivra_csc_swap_8byte8(d[0], m.width, m.height); }},
 };
 
@@ -108,8 +108,8 @@ template <class Run>
 void expect_equal_to_model(const Kernel &kernel, const std::string &level, Run run) {
   TileModel m = random_job(kernel);
   compare_with_model(
-      {&m.in[0], &m.in[1], &m.in[2]}, {&m.out, &m.chroma_out[0], &m.chroma_out[1]},
-      [&] { kernel.model(m); }, [&](Planes src, Planes dst) { run(m, src, dst); },
+      all(m.in), {&m.out, &m.out_plane(1), &m.out_plane(2)}, [&] { kernel.model(m); },
+      [&](Planes src, Planes dst) { run(m, src, dst); },
       std::tuple(level, kernel.name, m.width, m.height, "strides", m.stride, m.dst_strides));
 }
 

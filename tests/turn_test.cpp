@@ -137,7 +137,7 @@ TEST(Packed, IsConvertedAndTurned) {
         call(pivra_csc_rot_yuyv2bgra8888[code], m.width, m.height, upright.stride, {m.dst_stride},
              src, dst);
       };
-      compare_with_model({&upright.in[0]}, {&m.out}, model, run,
+      compare_with_model({upright.in.data()}, {&m.out}, model, run,
                          std::tuple("code", code, m.width, m.height));
     }
 }
