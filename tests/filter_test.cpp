@@ -37,12 +37,12 @@ void sharpen(const Bytes &plane, int32_t width, int32_t height, Bytes &result) {
   for (int32_t y = 2; y < height - 2; ++y)
     for (int32_t x = 2; x < width - 2; ++x) {
       const auto at = [&](int32_t dx, int32_t dy) {
-        return int32_t{plane[size_t((y + dy) * width + x + dx)]};
+        return int32_t{plane[(y + dy) * width + x + dx]};
       };
       const int32_t near = at(-1, 0) + at(1, 0) + at(0, -1) + at(0, 1);
       const int32_t far = at(-2, 0) + at(2, 0) + at(0, -2) + at(0, 2) + at(-1, -1) + at(1, -1) +
                           at(-1, 1) + at(1, 1);
-      result[size_t(y * width + x)] = clamp(at(0, 0) + ((16 * at(0, 0) - (2 * near + far)) >> 4));
+      result[y * width + x] = clamp(at(0, 0) + ((16 * at(0, 0) - (2 * near + far)) >> 4));
     }
 }
 
@@ -50,7 +50,7 @@ TEST_P(EachLevel, SharpensRowsOfEveryLength) {
   GuardedPlane src, dst;
   for (int32_t n = 1; n <= 300; ++n) {
     const int32_t width = n + 4, height = random_in(1, 9);
-    const Bytes plane = random_bytes(size_t((height + 4) * width));
+    const Bytes plane = random_bytes((height + 4) * width);
     Bytes all = noise(plane.size());
     const auto inner = [&, first = 2 * width + 2] {
       return Bytes(all.begin() + first, all.begin() + first + (height - 1) * width + n);
@@ -123,7 +123,7 @@ TEST(Detail, EqualsTheModelAtEverySize) {
     for (int round = 0; round < 800; ++round) {
       const int32_t width = random_in(1, round % 4 ? 40 : 400),
                     height = random_in(1, round % 3 ? 12 : 40);
-      const Bytes plane = random_bytes(static_cast<size_t>(width * height));
+      const Bytes plane = random_bytes(width * height);
       Bytes expected = plane;
       sharpen(plane, width, height, expected);
       src.place(plane, random_in(0, 1));
@@ -139,7 +139,7 @@ TEST(Detail, EqualsTheModelAtEverySize) {
 
 struct Views {
   explicit Views(int32_t width, int32_t height)
-      : pixels(noise(size_t(6 * width * height))), packed(size_t(3 * width * height)) {
+      : pixels(noise(6 * width * height)), packed(3 * width * height) {
     src.width[0] = 2 * width;
     dst.width[0] = width;
     src.height[0] = dst.height[0] = height;
@@ -165,7 +165,7 @@ TEST(FramePacking, EqualsTheModelAtEveryWidth) {
         for (int32_t y = 0; y < views.dst.height[0]; ++y)
           for (int32_t x = 0; x < 3 * width; ++x) {
             const bool left = (x % 3 == 0) == (order == 1);
-            expected.push_back(views.pixels[size_t(6 * width * y + x + (left ? 0 : 3 * width))]);
+            expected.push_back(views.pixels[6 * width * y + x + (left ? 0 : 3 * width)]);
           }
         ASSERT_EQ(dst.content(), expected) << level << width << ", order " << order;
       }
@@ -203,8 +203,7 @@ TEST(FramePacking, KernelStepsByHalves) {
     Bytes packed(500, 9), expected = packed;
     for (int32_t row = 0; row < 3; ++row)
       for (int32_t x = 0; x < length; ++x)
-        expected[static_cast<size_t>(row * (length >> 1) + x)] =
-            (x % 3 == 0 ? a : b)[static_cast<size_t>(row * 25 + x)];
+        expected[row * (length >> 1) + x] = (x % 3 == 0 ? a : b)[row * 25 + x];
     pivra_fpa_frm_pack(a.data(), b.data(), packed.data(), 3, -1, -1, 51, length, -1);
     EXPECT_EQ(packed, expected) << length;
   }

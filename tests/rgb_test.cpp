@@ -92,11 +92,11 @@ TEST_P(EachLevel, ComputesTheMatrixForEveryColour) {
 // next plane: chroma has the last word.
 TEST_P(EachLevel, WritesLumaBeforeChroma) {
   RgbModel m{PIVRA_FORMAT_RGB565, PIVRA_FORMAT_YUV420, 32, 8, 64, {40, 20, 20}, {}, {}};
-  constexpr size_t kU = 40 * 8, kV = kU + 20 * 4;
+  constexpr ptrdiff_t kU = 40 * 8, kV = kU + 20 * 4;
   m.in.bytes = random_bytes(64 * 8);
   m.run();
   std::vector<uint8_t> expected(1024), memory(1024);
-  for (const auto &[plane, start] : {std::pair<size_t, size_t>{0, 0}, {1, kU}, {2, kV}})
+  for (const auto &[plane, start] : {std::pair<size_t, ptrdiff_t>{0, 0}, {1, kU}, {2, kV}})
     for (int32_t row = 0; row < (plane == 0 ? 8 : 4); ++row) {
       const ptrdiff_t bytes = plane == 0 ? 32 : 16, at = row * m.dst_step(int(plane), bytes);
       std::copy_n(m.out[plane].bytes.begin() + at, bytes, expected.begin() + start + at);
