@@ -202,6 +202,8 @@ TEST(Transcode, DividesByZeroBeforeAnythingIsConverted) {
   for (const auto &[w, h] : {std::pair{0, 32}, {32, 0}, {0, 0}}) {
     dst.desc.width[0] = w;
     dst.desc.height[0] = h;
+    EXPECT_EXIT((signal(SIGFPE, SIG_DFL), stream.run(src.desc, dst.desc, 0)),
+                testing::KilledBySignal(SIGFPE), "");
     EXPECT_TRUE(raises_sigfpe(stream, src.desc, dst.desc));
     signal(SIGFPE, SIG_DFL);
     EXPECT_EQ(block.content(), before);

@@ -108,6 +108,31 @@ TEST(Kernels, LeaveEmptyPlanesAlone) {
 
 // --- The conversions ---
 
+TEST(Kernels, ComposeToTheIdentity) {
+  constexpr int32_t l = PIVRA_ROT_90L, r = PIVRA_ROT_90R, half = PIVRA_ROT_180;
+  constexpr int32_t hori = PIVRA_ROT_HORI, vert = PIVRA_ROT_VERT;
+  for (const std::vector<int32_t> &codes : std::vector<std::vector<int32_t>>{{l, l, l, l},
+                                                                             {l, r},
+                                                                             {r, l},
+                                                                             {hori, hori},
+                                                                             {vert, vert},
+                                                                             {r, r, half},
+                                                                             {hori, vert, half}})
+    for (int32_t unit = 1; unit <= 3; ++unit) {
+      const int32_t width = random_in(1, 200), height = random_in(1, 200);
+      const std::vector<uint8_t> first = noise(size_t(width) * height * unit);
+      std::vector<uint8_t> now = first, next = first;
+      int32_t w = width, h = height;
+      for (const int32_t code : codes) {
+        const bool quarter = code == l || code == r;
+        kKernels[unit - 1][code](now.data(), w, h, w * unit, (quarter ? h : w) * unit, next.data());
+        if (quarter) std::swap(w, h);
+        std::swap(now, next);
+      }
+      ASSERT_EQ(now, first) << testing::PrintToString(codes) << " " << width << "x" << height;
+    }
+}
+
 TEST(Chroma, IsTurnedWithoutItsOddRows) {
   for (const int32_t code : {PIVRA_ROT_90L, PIVRA_ROT_90R})
     for (int round = 0; round < 100 && !HasFatalFailure(); ++round) {
