@@ -1,5 +1,6 @@
 #include <set>
 
+#include "compare.h"
 #include "levels.h"
 #include "yuv_to_rgb_model.h"
 

@@ -1,6 +1,7 @@
 #include <map>
 #include <pivra.hpp>
 
+#include "compare.h"
 #include "dither_model.h"
 #include "levels.h"
 

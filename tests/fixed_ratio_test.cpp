@@ -23,17 +23,18 @@ void model_row(const Ratio &ratio, int32_t unit, ModelPlane &src, ptrdiff_t from
 // --- Rows, at every level and as scalar code ---
 
 TEST(FixedRatio, KeepsUnitsOfRowsOfEveryLength) {
-  ModelPlane src, dst;
   for (const LevelUnderTest &level : levels_under_test())
     for (const auto &[ratio, keep] : {std::pair{k2To1, level.fixed_ratio.one_of_two},
                                       {k3To2, level.fixed_ratio.two_of_three},
                                       {k4To3, level.fixed_ratio.three_of_four}})
       for (int32_t unit : {1, 2})
-        for (int32_t bytes = 0; bytes <= 40 * ratio.step; bytes += ratio.step)
-          expect_equal_to_model(
-              level.name + ", 1:" + std::to_string(ratio.of) + ", units of " + std::to_string(unit),
-              {&src, &dst}, [&, &ratio = ratio] { model_row(ratio, unit, src, 0, dst, 0, bytes); },
-              [&, keep = keep](uint8_t **at) { keep[unit - 1](at[0], bytes, at[1]); });
+        for (int32_t bytes = 0; bytes <= 40 * ratio.step; bytes += ratio.step) {
+          ModelPlane in, out;
+          compare_with_model(
+              {&in}, {&out}, [&, &ratio = ratio] { model_row(ratio, unit, in, 0, out, 0, bytes); },
+              [&, keep = keep](uint8_t **src, uint8_t **dst) { keep[unit - 1](*src, bytes, *dst); },
+              std::tuple(level.name, "1 of", ratio.of, "units of", unit));
+        }
 }
 
 // --- Planes and pictures ---
@@ -57,27 +58,26 @@ constexpr Resizer kResizers[] = {{"1080p_720p", k3To2, pivra_txc_rsz_1080p_720p,
 
 void expect_equal(const Resizer &resizer, int32_t width, int32_t height) {
   ImageDesc src{}, dst{};
-  std::array<ModelPlane, 4> planes;
+  std::array<ModelPlane, 2> in, out;
   for (int32_t p : {0, 1}) {
     dst.width[p] = p == 0 ? width : random_in(0, 1) ? width / 2 : random_in(0, width);
     dst.height[p] = p == 0 ? height : random_in(0, 1) ? height / 2 : random_in(0, height);
     src.stride[p] = (resizer.fixed ? 1920 : 2 * width * (p + 1)) + random_in(0, 70);
     dst.stride[p] = (resizer.fixed ? 960 : width * (p + 1)) + random_in(0, 70);
   }
-  expect_equal_to_model(
-      std::string(resizer.name) + " " + std::to_string(width) + "x" + std::to_string(height),
-      {&planes[0], &planes[1], &planes[2], &planes[3]},
+  compare_with_model(
+      {&in[0], &in[1]}, {&out[0], &out[1]},
       [&] {
         for (int32_t p : {0, 1})
-          model(resizer.ratio, p + 1, planes[p], planes[2 + p],
-                resizer.fixed ? 960 / (p + 1) : dst.width[p],
+          model(resizer.ratio, p + 1, in[p], out[p], resizer.fixed ? 960 / (p + 1) : dst.width[p],
                 resizer.fixed ? 540 / (p + 1) : dst.height[p], src.stride[p], dst.stride[p]);
       },
-      [&](uint8_t **at) {
-        std::copy_n(at, 2, src.plane);
-        std::copy_n(at + 2, 2, dst.plane);
+      [&](uint8_t **from, uint8_t **to) {
+        std::copy_n(from, 2, src.plane);
+        std::copy_n(to, 2, dst.plane);
         EXPECT_EQ(resizer.run(&src, &dst), PIVRA_OK);
-      });
+      },
+      std::tuple(resizer.name, width, height));
 }
 
 TEST(FixedRatio, EqualsTheModelAtEveryLevel) {

@@ -38,11 +38,8 @@ inline int32_t random_in(int32_t low, int32_t high) {
 
 inline std::vector<uint8_t> noise(size_t count) {
   std::vector<uint8_t> bytes(count);
-  uint32_t word = 0;
-  for (size_t i = 0; i < count; ++i, word >>= 8) {
-    if (i % 4 == 0) word = static_cast<uint32_t>(random_engine()());
-    bytes[i] = static_cast<uint8_t>(word);
-  }
+  auto state = static_cast<uint32_t>(random_engine()());
+  for (uint8_t &b : bytes) b = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
   return bytes;
 }
 
@@ -114,37 +111,6 @@ struct GuardedPicture {
   std::array<GuardedPlane, 3> memory;
 };
 
-// A picture whose planes differ in everything and have room for any format.
-struct Image {
-  explicit Image(int32_t format, int32_t width = 24, int32_t height = 16) {
-    desc.format = format;
-    for (int p = 0; p < 4; ++p) {
-      bytes[p] = noise(size_t{8} * width * height + 4096);  // tiles are whole
-      desc.width[p] = width - 4 * p;
-      desc.height[p] = height - 2 * p;
-      desc.stride[p] = 4 * width + p;
-    }
-    own();
-  }
-  Image(const Image &other) : bytes(other.bytes), desc(other.desc) { own(); }
-
-  void own() {
-    for (int p = 0; p < 4; ++p) desc.plane[p] = bytes[p].data();
-  }
-  // What a dispatcher has a kernel do: plane `from` of another picture to plane `to`.
-  void take(pivra_cpy_kernel *kernel, const Image &src, int from, int to) {
-    kernel(src.desc.plane[from], src.desc.width[from], src.desc.height[from], src.desc.stride[from],
-           desc.stride[to], desc.plane[to]);
-  }
-  void take(pivra_csc_kernel *kernel, const Image &src) {
-    ImageDesc from = src.desc;
-    kernel(from.plane, from.width, from.height, from.stride, desc.stride, desc.plane);
-  }
-
-  std::array<std::vector<uint8_t>, 4> bytes;
-  ImageDesc desc{};
-};
-
 // The planes as a model sees them: it reads and writes bytes by offset, and the
 // planes grow to what is touched. Nothing may lie before the first byte.
 class ModelPlane {
@@ -165,52 +131,6 @@ class ModelPlane {
     return bytes[index];
   }
 };
-
-using ModelPlanes = std::vector<ModelPlane *>;
-inline ModelPlanes all(std::array<ModelPlane, 3> &planes) {
-  return {planes.data(), planes.data() + 1, planes.data() + 2};
-}
-
-// Runs a kernel on planes that hold exactly what its model touches, with inaccessible pages
-// around them, and compares all of their bytes with what the model makes of them. Sources
-// that have bytes already keep them.
-template <class Model, class Run, class What>
-void compare_with_model(const ModelPlanes &in, const ModelPlanes &out, const Model &model,
-                        const Run &run, const What &what,
-                        std::vector<uint8_t> (*content)(size_t) = random_bytes) {
-  std::vector<bool> given;
-  for (const ModelPlane *plane : in) given.push_back(!plane->bytes.empty());
-  model();  // finds out what is touched
-  std::array<GuardedPlane, 8> memory;
-  std::array<uint8_t *, 4> src{}, dst{};
-  const auto place = [](ModelPlane &plane, GuardedPlane &guarded) {
-    return guarded.place(plane.bytes, random_in(0, 1)) + plane.origin;
-  };
-  for (size_t p = 0; p < in.size(); ++p) {
-    in[p]->bytes.resize(in[p]->touched);
-    if (!given[p]) in[p]->bytes = content(in[p]->touched);
-    src[p] = place(*in[p], memory[p]);
-  }
-  for (size_t p = 0; p < out.size(); ++p) {
-    out[p]->bytes = random_bytes(out[p]->bytes.size());
-    dst[p] = place(*out[p], memory[4 + p]);
-  }
-  run(src.data(), dst.data());
-  model();
-  for (size_t p = 0; p < in.size(); ++p)
-    ASSERT_EQ(memory[p].content(), in[p]->bytes) << testing::PrintToString(what) << " from " << p;
-  for (size_t p = 0; p < out.size(); ++p)
-    ASSERT_EQ(memory[4 + p].content(), out[p]->bytes)
-        << testing::PrintToString(what) << " to " << p;
-}
-
-// Kernels take from the arrays what they need; of most that is the size of the first plane.
-using Four = std::array<int32_t, 4>;
-inline void call(pivra_csc_kernel *kernel, int32_t width, int32_t height, Four stride,
-                 Four dst_stride, uint8_t **src, uint8_t **dst) {
-  Four widths = {width, -1, -1, -1}, heights = {height, -1, -1, -1};
-  kernel(src, widths.data(), heights.data(), stride.data(), dst_stride.data(), dst);
-}
 
 }  // namespace pivra::test
 

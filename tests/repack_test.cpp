@@ -1,3 +1,4 @@
+#include "compare.h"
 #include "copy_model.h"
 #include "levels.h"
 

@@ -31,21 +31,22 @@ ResizeConvertModel model_of(int32_t from, int32_t w, int32_t h, int32_t to, int3
   return {src, dst};
 }
 
-// run(the call's pictures, all planes)
+// run(the call's pictures, the scratch)
 template <class Run>
 void expect_equal(ResizeConvertModel &m, const std::function<void()> &model, Run run,
                   bool with_scratch = false) {
-  std::vector<ModelPlane *> planes = {&m.in[0], &m.in[1], &m.in[2], &m.out};
-  if (with_scratch) planes.push_back(&m.scratch);
+  ModelPlanes out = {&m.out};
+  if (with_scratch) out.push_back(&m.scratch);
   const std::string what = (m.tiled ? "tiles " : "planes ") +
                            sizes(m.src.width[0], m.src.height[0], m.w, m.h) + ", stride " +
                            std::to_string(m.stride);
-  expect_equal_to_model(what, planes, model, [&](uint8_t **at) {
+  const auto with_planes = [&](uint8_t **from, uint8_t **to) {
     ImageDesc src = m.src, dst = m.dst;
-    std::copy_n(at, 3, src.plane);
-    dst.plane[0] = at[3];
-    run(src, dst, at);
-  });
+    std::copy_n(from, 3, src.plane);
+    dst.plane[0] = to[0];
+    run(src, dst, to[1]);
+  };
+  compare_with_model(all(m.in), out, model, with_planes, what);
 }
 
 // By the kernels, and by the dispatcher that chooses them and needs no memory for it.
@@ -63,7 +64,7 @@ TEST(ResizeConvert, ShrinksInOnePass) {
     const bool whole = dispatched ? w % dw == 0 && h % dh == 0 : multiple;
     expect_equal(
         m, [&] { whole ? m.shrink_whole() : m.shrink_by_others(); },
-        [&](ImageDesc &src, ImageDesc &dst, uint8_t **) {
+        [&](ImageDesc &src, ImageDesc &dst, uint8_t *) {
           if (dispatched) {
             const bool fails = random_in(0, 1);
             const Outcome outcome = watch([&] { return pivra_rsz_csc(&src, &dst); }, fails);
@@ -93,7 +94,7 @@ TEST(ResizeConvert, ConvertsWhatThePassesLeave) {
     ResizeConvertModel m = model_of(kYuv, w, h, k565, w, h);
     expect_equal(
         m, [&] { m.convert_passes(pairs, m.plane()); },
-        [&](ImageDesc &src, ImageDesc &dst, uint8_t **) {
+        [&](ImageDesc &src, ImageDesc &dst, uint8_t *) {
           (pairs ? pivra_rsz_csc_up_h2x_yuv420_to_rgb565_gen
                  : pivra_rsz_csc_up_h_yuv420_to_rgb565_gen)(src.plane[0], src.plane[1],
                                                             src.plane[2], dst.plane[0], dst.stride,
@@ -108,7 +109,7 @@ TEST(ResizeConvert, InterpolatesToRgb888) {
                                     small_or_large(60, 200), random_in(1, 40));
     expect_equal(
         m, [&] { m.interpolate(); },
-        [&](ImageDesc &src, ImageDesc &dst, uint8_t **) {
+        [&](ImageDesc &src, ImageDesc &dst, uint8_t *) {
           pivra_rsz_csc_yuv420_to_rgb888(src.plane, src.width, src.height, src.stride, dst.width,
                                          dst.height, dst.stride, dst.plane);
         });
@@ -138,12 +139,12 @@ TEST(ResizeConvert, MakesTwoPasses) {
           if (own) m.scratch.bytes.clear();
           m.two_passes();
         },
-        [&](ImageDesc &src, ImageDesc &dst, uint8_t **at) {
+        [&](ImageDesc &src, ImageDesc &dst, uint8_t *scratch) {
           const Outcome outcome = watch([&] {
             if (own) return pivra_rsz_csc(&src, &dst);
             return (tiled ? pivra_rsz_csc_t64x32_to_rgb565 : pivra_rsz_csc_yuv420_to_rgb565)(
                 src.plane, src.width, src.height, src.stride, dst.width, dst.height, dst.stride,
-                dst.plane, at[4], dst.resize_mode);
+                dst.plane, scratch, dst.resize_mode);
           });
           EXPECT_EQ(outcome.result, PIVRA_OK);
           EXPECT_EQ(outcome.calls, own);

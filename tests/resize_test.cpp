@@ -11,11 +11,11 @@ namespace {
 // run(source, destination, scratch or second destination)
 template <class Model, class Run>
 void expect_equal(ResizeModel m, Model model, Run run) {
-  expect_equal_to_model(
+  compare_with_model(
+      {&m.in}, {&m.out, &m.scratch}, [&] { std::invoke(model, m); },
+      [&](uint8_t **src, uint8_t **dst) { run(*src, dst[0], dst[1]); },
       m.shape + " " + m.turn + " " + sizes(m.sw, m.sh, m.dw, m.dh) + ", strides " +
-          std::to_string(m.src_bytes) + " " + std::to_string(m.dst_bytes),
-      {&m.in, &m.out, &m.scratch}, [&] { std::invoke(model, m); },
-      [&](uint8_t **at) { run(at[0], at[1], at[2]); });
+          std::to_string(m.src_bytes) + " " + std::to_string(m.dst_bytes));
 }
 
 // The arguments of the kernels.

@@ -1,4 +1,5 @@
 // The kernels from RGB, to YUV and to other RGB layouts, against their model.
+#include "compare.h"
 #include "levels.h"
 #include "rgb_model.h"
 

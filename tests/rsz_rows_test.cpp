@@ -74,7 +74,7 @@ TEST_P(EveryLevel, ResizesRowsStripByStrip) {
         const ptrdiff_t first = strip.source * bytes,
                         last = (samples - strip.source - strip.samples) * bytes;
         uint8_t *const from = src.place({lines.begin() + first, lines.end() - last}, at_end);
-        Row made = quick_noise(static_cast<size_t>((count - 1) * pitch + strip.count * bytes));
+        Row made = noise(static_cast<size_t>((count - 1) * pitch + strip.count * bytes));
         uint8_t *const to = dst.place(made, at_end);
         if (single && grows)
           rows.grow[shape](strip, from, to);

@@ -1,3 +1,4 @@
+#include "compare.h"
 #include "levels.h"
 #include "tile_model.h"
 

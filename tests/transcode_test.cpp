@@ -19,7 +19,7 @@ std::map<void *, std::pair<uint32_t, std::unique_ptr<GuardedPlane>>> allocated;
 }
 void *tcor_malloc_align32(uint32_t size) {
   auto plane = std::make_unique<GuardedPlane>();
-  void *block = plane->place(pivra::test::quick_noise((size + 31) / 32 * 32), true);
+  void *block = plane->place(pivra::test::noise((size + 31) / 32 * 32), true);
   allocated[block] = {size, std::move(plane)};
   return block;
 }

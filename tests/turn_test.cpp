@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "compare.h"
 #include "levels.h"
 #include "turn_model.h"
 #include "yuv_to_rgb_model.h"
