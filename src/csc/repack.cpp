@@ -2,6 +2,9 @@
 // instruction-set level.
 #include "csc/repack.h"
 
+// Bytes that only move do so at the speed of the memory. Longer registers cross more of
+// its lines.
+#define PIVRA_AT_MOST_256_BITS 1
 #include "simd/simd.h"
 
 namespace pivra::PIVRA_LEVEL {
@@ -108,39 +111,31 @@ void deinterleave(const uint8_t *src, ptrdiff_t pairs, uint8_t *a, uint8_t *b) {
   }
 }
 
-// Registers that are longer than a row of a tile take two.
 void interleave_tile(const uint8_t *a, ptrdiff_t stride_a, const uint8_t *b, ptrdiff_t stride_b,
                      int32_t rows, uint8_t *dst) {
-#if defined(PIVRA_HALVES)
-  for (; rows > 1; rows -= 2, a += 2 * stride_a, b += 2 * stride_b, dst += 4 * kTilePairs)
-    store_pairs(dst, load_halves(a, a + stride_a), load_halves(b, b + stride_b));
-#elif PIVRA_VECTORS
-  for (; rows > 0; --rows, a += stride_a, b += stride_b, dst += 2 * kTilePairs)
+  for (; rows > 0; --rows, a += stride_a, b += stride_b, dst += 2 * kTilePairs) {
+#if PIVRA_VECTORS
     for (int32_t x = 0; x < kTilePairs; x += kBlock)
       store_pairs(dst + 2 * x, load_bytes(a + x), load_bytes(b + x));
-#endif
-  for (; rows > 0; --rows, a += stride_a, b += stride_b, dst += 2 * kTilePairs)
+#else
     interleave(a, b, kTilePairs, dst);
+#endif
+  }
 }
 
 void deinterleave_tile(const uint8_t *src, int32_t rows, uint8_t *a, ptrdiff_t stride_a, uint8_t *b,
                        ptrdiff_t stride_b) {
-#if defined(PIVRA_HALVES)
-  for (; rows > 1; rows -= 2, src += 4 * kTilePairs, a += 2 * stride_a, b += 2 * stride_b) {
-    const Pair<Whole> planes = load_pairs(src);
-    store_halves(a, a + stride_a, planes.even);
-    store_halves(b, b + stride_b, planes.odd);
-  }
-#elif PIVRA_VECTORS
-  for (; rows > 0; --rows, src += 2 * kTilePairs, a += stride_a, b += stride_b)
+  for (; rows > 0; --rows, src += 2 * kTilePairs, a += stride_a, b += stride_b) {
+#if PIVRA_VECTORS
     for (int32_t x = 0; x < kTilePairs; x += kBlock) {
       Pair<Whole> planes = load_pairs(src + 2 * x);
       store_bytes(a + x, planes.even);
       store_bytes(b + x, planes.odd);
     }
-#endif
-  for (; rows > 0; --rows, src += 2 * kTilePairs, a += stride_a, b += stride_b)
+#else
     deinterleave(src, kTilePairs, a, b);
+#endif
+  }
 }
 
 void swap_pairs(const uint8_t *src, ptrdiff_t pairs, uint8_t *dst) {

@@ -43,8 +43,6 @@
 //   load_bytes, store_bytes   Whole
 //   load_pairs(p)             2 kBlock bytes: Pair<Whole>
 //   store_pairs(p, even, odd) the same back
-//   load_halves(p, q), store_halves(p, q, w)  where half a register is a row of a tile
-//                             (PIVRA_HALVES): Whole
 //   exchange_neighbours(w)    bytes 2i and 2i + 1 exchanged
 //   load_shifted<1, 3 or 5>(p)  Whole from p, p + 1, ... on; p goes on by kBlock
 //   select(mask, a, b)        bits of a where those of the mask are set, of b where not

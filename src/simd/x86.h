@@ -7,9 +7,14 @@
 
 #include <immintrin.h>
 
+// Sources that the longest registers make slower define PIVRA_AT_MOST_256_BITS.
+#if defined(__AVX512VBMI__) && !defined(PIVRA_AT_MOST_256_BITS)
+#define PIVRA_512_BITS 1
+#endif
+
 namespace pivra::PIVRA_LEVEL {
 
-#if defined(__AVX512VBMI__)
+#if defined(PIVRA_512_BITS)
 typedef __m512i Register;
 typedef __m512 Floats;
 #define PIVRA_INTRINSIC(name) _mm512_##name
@@ -74,7 +79,7 @@ PIVRA_OPERATION(U8, unpack_low8, U8, unpacklo_epi8)
 PIVRA_OPERATION(U8, unpack_high8, U8, unpackhi_epi8)
 PIVRA_OPERATION(U8, unpack_low16, U8, unpacklo_epi16)
 PIVRA_OPERATION(U8, unpack_high16, U8, unpackhi_epi16)
-#if !defined(__AVX512VBMI__)
+#if !defined(PIVRA_512_BITS)
 PIVRA_OPERATION(U8, unpack_low32, U8, unpacklo_epi32)
 PIVRA_OPERATION(U8, unpack_high32, U8, unpackhi_epi32)
 #endif
@@ -98,7 +103,7 @@ PIVRA_OPERATION(I16, multiply_add_bytes, U8, maddubs_epi16)
 // leave undefined, and drops a mask that is full.
 constexpr int32_t kLane = 16;
 typedef uint8_t Lane __attribute__((vector_size(kLane)));
-#if defined(__AVX512VBMI__)
+#if defined(PIVRA_512_BITS)
 #define PIVRA_WIDE(name, a, b) _mm512_maskz_##name(-1, (Register)a, (Register)b)
 #else
 #define PIVRA_WIDE(name, a, b) PIVRA_INTRINSIC(name)((Register)a, (Register)b)
@@ -133,7 +138,7 @@ PIVRA_INLINE I16 pack_low_words(I32 a, I32 b) { return pack_words(a << 16 >> 16,
 
 }  // namespace pivra::PIVRA_LEVEL
 
-#if defined(__AVX512VBMI__)
+#if defined(PIVRA_512_BITS)
 #include "simd/x86_512.h"
 #elif defined(__AVX2__)
 #include "simd/x86_256.h"
@@ -285,7 +290,7 @@ PIVRA_INLINE Words565 clamp_565(I16 a, I16 b, I16 c) {
 // The first factor of the byte multiplication is unsigned: the pixels, or weights above
 // 127. With those go n - 128, made up for behind it. Two bytes' sum fits 16 bits, and so
 // does the whole one.
-#if defined(__AVX512VNNI__)
+#if defined(PIVRA_512_BITS)
 PIVRA_INLINE I32 multiply_add_fours(U8 a, U8 b) {
   return (I32)_mm512_dpbusd_epi32(__m512i{}, (__m512i)a, (__m512i)b);
 }
@@ -501,7 +506,7 @@ PIVRA_INLINE void halve(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
   }
 }
 
-#if !defined(__AVX512VBMI__)  // which does it in one step
+#if !defined(PIVRA_512_BITS)  // which does it in one step
 PIVRA_INLINE Pair<U16> word_taps(Taps t0, Taps t1) {
   const I32 a = (I32)t0, b = (I32)t1;
   return {(U16)taps_in_turn((U8)pack_low_words(a, b)),

@@ -130,14 +130,9 @@ PIVRA_INLINE U8 in_turn64(U8 v) {
   const __m512i q = (__m512i)v;
   return (U8)__builtin_shufflevector(q, q, 0, 2, 4, 6, 1, 3, 5, 7);
 }
-#define PIVRA_HALVES 1
 PIVRA_INLINE void store_halves(uint8_t *p, uint8_t *q, U8 v) {
   memcpy(p, &v, kBlock / 2);
   memcpy(q, (const uint8_t *)&v + kBlock / 2, kBlock / 2);
-}
-PIVRA_INLINE U8 load_halves(const uint8_t *p, const uint8_t *q) {
-  const __m512i low = _mm512_castsi256_si512(_mm256_loadu_si256((const __m256i *)p));
-  return (U8)_mm512_maskz_inserti64x4(0xFF, low, _mm256_loadu_si256((const __m256i *)q), 1);
 }
 PIVRA_INLINE U8 even_pixels(U8 a, U8 b) {
   return (U8)__builtin_shufflevector((I32)a, (I32)b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24,
