@@ -20,7 +20,7 @@ const std::vector<Group> kGroups = {
     {"conversions for encoders",
      "(rgb565|rgb888|bgr888|rgba8888|bgra8888|argb8888|nv12|yuv422n)_to_yuv420"
      "|(bgra8888|yuv420|nv21)_to_nv12|rgba8888_to_nv21|yuv420_to_yuv422n"},
-    {"conversions of tiles", "t64x32_to_(yuv420|nv12|rgb565|rgba8888)"},
+    {"conversions of tiles", "t64x32_to_(yuv420|nv12|rgb565|rgba8888)|yuv420_to_t64x32"},
     {"all conversions", "[^_]+_to_[^_]+", false},
     {"copies", "cpy_.*"},
     {"turns", "rot_(yuv420_.*|rgb565_(90l|90r|180)|rgb888_hori)"},
