@@ -423,7 +423,7 @@ inline constexpr Rule kRules[] = {
     {PIVRA_FORMAT_T256X16, kRgb, 2, 1, kAny, kWords, 1282},
     {kYuv, kRgb, 2, 1},
     {kYuv, PIVRA_FORMAT_T64X32, 2, 2},
-    // The ends of planes that are no multiple of 16 bytes long.
+    // The ends of planes that are no multiple of 16 bytes long: see rule_for().
     {PIVRA_FORMAT_NV21, PIVRA_FORMAT_NV12, 8, 8, kTight, kTight},
     {kYuv, kYuv, 8, 8, kAlike},
     {kRgb, PIVRA_FORMAT_YUV444, 1, 1, kTight, kTight},
@@ -514,9 +514,23 @@ inline void convert_in_place(ImageDesc src, ImageDesc dst) {
   if (pivra_csc(&src, &dst) != PIVRA_OK) throw std::runtime_error("libpivra refused the pictures");
 }
 
+// Of planes that are multiples of 16 bytes long even sizes do.
+inline Rule rule_for(const ImageDesc &src, const ImageDesc &dst) {
+  const std::int32_t width = src.width[0], height = src.height[0];
+  Rule rule = *find_rule(src.format, dst.format);
+  const bool even = width % 2 == 0 && height % 2 == 0;
+  if (rule.rows == 8 && even &&
+      std::ranges::all_of(find_format(src.format)->planes, [=](const PlaneShape &plane) {
+        return std::int64_t{plane.row_bytes(width)} * plane.rows(height) % 16 == 0;
+      })) {
+    rule.columns = rule.rows = 2;
+  }
+  return rule;
+}
+
 inline void convert_checked(const ImageDesc &src, const ImageDesc &dst) {
   const std::int32_t width = src.width[0], height = src.height[0];
-  const Rule &rule = *find_rule(src.format, dst.format);
+  const Rule rule = rule_for(src, dst);
   const Suited source(src, rule, rule.source), result(dst, rule, rule.destination);
   if (source.copied()) copy_rows(src, source.desc(), width, height);
   convert_in_place(source.desc(), result.desc());

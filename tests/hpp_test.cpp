@@ -237,7 +237,8 @@ void follow_the_model(const FormatInfo &from, const FormatInfo &to, int32_t widt
 }
 
 TEST(Convert, GivesEveryPixelAtEverySize) {
-  std::vector<std::pair<int32_t, int32_t>> sizes = {{64, 32}, {192, 64}, {129, 65}, {257, 33}};
+  std::vector<std::pair<int32_t, int32_t>> sizes = {{64, 32}, {192, 64}, {36, 16},
+                                                    {52, 48}, {129, 65}, {257, 33}};
   for (const int32_t width : {8, 9, 10, 11, 13, 15, 16, 17, 34, 36, 67, 141})
     for (const int32_t height : {8, 9, 10, 15}) sizes.emplace_back(width, height);
   for (int i = 0; i < 20; ++i) sizes.emplace_back(random_in(8, 320), random_in(8, 140));
