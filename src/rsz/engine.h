@@ -31,12 +31,14 @@ class Engine {
   const int32_t limit;    // outputs of a strip
 
   // The next strip of a walk, or its whole row, ready to be moved by.
-  bool next(AxisWalk &walk, Strip &strip) const {
+  template <class AnyWalk>
+  bool next(AnyWalk &walk, Strip &strip) const {
     if (!walk.next(strip)) return false;
     plan(strip);
     return true;
   }
-  bool next(AxisWalk &walk, Row &row, bool whole) const {
+  template <class AnyWalk>
+  bool next(AnyWalk &walk, Row &row, bool whole) const {
     row.repeats = 1;
     row.advance = 0;
     row.tail.count = 0;

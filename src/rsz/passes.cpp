@@ -95,9 +95,9 @@ void make_lines(const Engine &engine, const Axis &down, Rows &rows, const Place 
 
 void shrink_both(Shape shape, const Axis &across, const Axis &down, Source src, ptrdiff_t row_step,
                  const Place &place) {
-  const Axis carries = {down.rule, down.outputs, 0, 0, down.remainder};
   const Engine engine(shape);
-  AxisWalk walk(across, place.strip(engine.limit));
+  ShrinkWalk walk(across.outputs, across.quotient, across.remainder, across.rule == Axis::kPairs,
+                  place.strip(engine.limit));
   Row strip;
   while (engine.next(walk, strip, place.whole_rows())) {
     const uint8_t *columns = src.first + strip.body.source * engine.bytes;
@@ -109,12 +109,12 @@ void shrink_both(Shape shape, const Axis &across, const Axis &down, Source src, 
                         });
       continue;
     }
-    AxisSteps steps(carries);
+    ShrinkSteps steps(down.outputs, 0, down.remainder, false);
     for (int32_t first = 0, count; first < down.outputs; first += count) {
       count = smaller(place.band(), down.outputs - first);
       place.write(first, count, strip.body.first, strip.count(),
                   [&](int32_t line, uint8_t *out, const uint8_t *) {
-                    const GrowStep step = steps.next();
+                    const ShrinkStep step = steps.next();
                     const uint8_t *top = columns + (first + line) * row_step + step.at * src.stride;
                     engine.shrink(strip, top, step.pair ? src.stride : 0, out);
                   });
