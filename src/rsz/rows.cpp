@@ -126,28 +126,26 @@ int32_t doubled_outputs(const Strip &strip) {
   return outputs < 2 * kBlock ? 0 : outputs;
 }
 
-// Rows in steps of kHalves bytes, the last one over the one before it.
-template <int unit, bool kTwoRows>
-PIVRA_INLINE void halve_rows(uint32_t bytes, const uint8_t *p, ptrdiff_t below, ptrdiff_t src_step,
-                             uint32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
+// Rows in steps of kHalves bytes, unless they are whole ones the last one over the one
+// before it.
+template <int unit, bool kTwoRows, bool kWholeSteps>
+void halve_rows(uint32_t bytes, const uint8_t *p, ptrdiff_t below, ptrdiff_t src_step,
+                uint32_t rows, uint8_t *dst, ptrdiff_t dst_step) {
   const uint32_t in_whole_steps = bytes / kHalves * kHalves;
   const auto last_step = static_cast<ptrdiff_t>(bytes % kHalves) - kHalves;
   src_step -= 2 * static_cast<ptrdiff_t>(bytes);
   dst_step -= static_cast<ptrdiff_t>(bytes);
-  const auto advance = [&](ptrdiff_t from, ptrdiff_t to) {
-    p += from;
-    dst += to;
-  };
-  const auto step = [&] { kTwoRows ? halve<unit>(p, below, dst) : halve<unit>(p, dst); };
   for (; rows != 0; --rows) {
     const uint8_t *const end = dst + in_whole_steps;
-    do step();
+    do kTwoRows ? halve<unit>(p, below, dst) : halve<unit>(p, dst);
     while (dst != end);
-    if (last_step != -kHalves) {
-      advance(2 * last_step, last_step);
-      step();
+    if (!kWholeSteps) {
+      p += 2 * last_step;
+      dst += last_step;
+      kTwoRows ? halve<unit>(p, below, dst) : halve<unit>(p, dst);
     }
-    advance(src_step, dst_step);
+    p += src_step;
+    dst += dst_step;
   }
 }
 
@@ -159,11 +157,11 @@ bool halve_strips(const Strip &strip, const uint8_t *top, ptrdiff_t below, ptrdi
   if constexpr (unit != 0) {
     if (strip.plain != 0 && rows > 0) {
       const auto bytes = static_cast<uint32_t>(strip.count * unit);
-      const auto count = static_cast<uint32_t>(rows);
-      if (below == 0)
-        halve_rows<unit, false>(bytes, top, 0, src_step, count, dst, dst_step);
-      else
-        halve_rows<unit, true>(bytes, top, below, src_step, count, dst, dst_step);
+      static constexpr decltype(&halve_rows<unit, false, false>) kHalve[2][2] = {
+          {halve_rows<unit, false, false>, halve_rows<unit, false, true>},
+          {halve_rows<unit, true, false>, halve_rows<unit, true, true>}};
+      kHalve[below != 0][bytes % kHalves == 0](bytes, top, below, src_step,
+                                               static_cast<uint32_t>(rows), dst, dst_step);
       return true;
     }
   }
