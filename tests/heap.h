@@ -1,5 +1,5 @@
-// What the library allocates, counted. The linker puts these functions between the library
-// and the C runtime: --wrap=malloc,--wrap=free.
+// What the library allocates, counted and not clean. The linker puts these functions between the
+// library and the C runtime: --wrap=malloc,--wrap=free.
 #ifndef PIVRA_TESTS_HEAP_H
 #define PIVRA_TESTS_HEAP_H
 
@@ -24,8 +24,10 @@ void *__wrap_malloc(size_t size) {
   ++heap.calls;
   heap.bytes = size;
   if (heap.fails) return nullptr;
-  heap.live.push_back(__real_malloc(size));
-  return heap.live.back();
+  void *block = __real_malloc(size);
+  for (size_t i = 0; i < size; ++i) static_cast<uint8_t *>(block)[i] = static_cast<uint8_t>(7 * i);
+  heap.live.push_back(block);
+  return block;
 }
 void __wrap_free(void *block) {
   std::erase(heap.live, block);

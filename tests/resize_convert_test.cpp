@@ -226,8 +226,12 @@ TEST(ResizeConvert, ResizesLumaAlone) {
 TEST(ResizeConvert, GoesThroughAPicture) {
   for (const auto &[from, to] : {std::pair{kGrey, k888}, {k888, kYuv}})
     for (const int32_t w : {30, 50, 64}) {
-      Picture src(from, 50, 40, 1), dst(to, w, 24), expected(to, w, 24), between(from, w, 24);
+      const int32_t padding = random_in(0, 1) * random_in(1, 30);
+      Picture src(from, 50, 40, 1), dst(to, w, 24, padding), expected(to, w, 24, padding),
+          between(from, dst.desc.stride[0], 24);
       expected.become(dst);
+      std::fill_n(between.desc.plane[0], between.before[0].size(), uint8_t{0});
+      between.desc.width[0] = w;
       between.desc.stride[0] = from == kGrey ? dst.desc.stride[0] / 3 : dst.desc.stride[0] * 3;
       ASSERT_EQ(pivra_rsz(&src.desc, &between.desc), PIVRA_OK);
       ASSERT_EQ(pivra_csc(&between.desc, &expected.desc), PIVRA_OK);

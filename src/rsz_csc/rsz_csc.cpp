@@ -62,13 +62,13 @@ int32_t through_picture(const ImageDesc &src, ImageDesc &dst) {
                           ? dst.stride[0] / 3
                           : static_cast<int32_t>(int64_t{3} * dst.stride[0]);
   // A grey picture that keeps its size is copied as one run, which need not end where the
-  // picture does.
+  // picture does. And padded rows of chroma are made of the padding here: it is the same in
+  // every run.
   constexpr int64_t kRunOver = 256;
   const int64_t bytes = int64_t{between.height[0]} * between.stride[0] + kRunOver;
   uint8_t *memory = allocate(bytes);
   if (memory == nullptr) return PIVRA_REFUSED;
-  if (src.width[0] == dst.width[0] && src.height[0] == dst.height[0])
-    memset(memory, 0, static_cast<size_t>(bytes));
+  memset(memory, 0, static_cast<size_t>(bytes));
   between.plane[0] = memory;
   if (pivra_rsz(&src, &between) == PIVRA_OK) pivra_csc(&between, &dst);
   free(memory);
