@@ -118,6 +118,22 @@ TEST(ResizeConvert, InterpolatesToRgb888) {
 
 // At least one axis does not shrink. The scratch is the call's own, or of the caller and
 // then not cleared.
+TEST(ResizeConvert, InterpolatesGreyWithoutChroma) {
+  for (const auto &[w, h] : {std::pair{1, 37}, {37, 1}, {1, 1}}) {
+    NoisyPicture src(kYuv, w, h), grey(kYuv, w, h), dst(k888, 40, 30), expected(k888, 40, 30);
+    std::copy_n(src.desc.plane[0], src.before[0].size(), grey.desc.plane[0]);
+    for (const int p : {1, 2}) {
+      std::fill_n(grey.desc.plane[p], grey.before[p].size(), uint8_t{128});
+      src.desc.width[p] = w / 2;
+      src.desc.height[p] = h / 2;
+      src.desc.plane[p] = nullptr;
+    }
+    EXPECT_EQ(pivra_rsz_csc(&src.desc, &dst.desc), PIVRA_OK);
+    EXPECT_EQ(pivra_rsz_csc(&grey.desc, &expected.desc), PIVRA_OK);
+    EXPECT_EQ(dst.now(), expected.now());
+  }
+}
+
 TEST(ResizeConvert, MakesTwoPasses) {
   rounds_at_every_level(300, [](int round) {
     const bool tiled = random_in(0, 1), own = random_in(0, 1), odd = round % 2;

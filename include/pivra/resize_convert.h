@@ -71,7 +71,8 @@ PIVRA_API pivra_rsz_csc_kernel pivra_rsz_csc_t64x32_to_rgb565;
 /**
  * Resizes yuv420 bilinearly, with phases of 1/8, and converts it to rgb888 in one pass. Two by
  * two pixels share a chroma sample. Exact for every size from 1 up; the steps are those of
- * pivra_rsz_8b_org(), of chroma to (width / 2) x ((height + 1) / 2).
+ * pivra_rsz_8b_org(), of chroma to (width / 2) x ((height + 1) / 2). Without a sample of chroma
+ * the picture is grey.
  */
 PIVRA_API void pivra_rsz_csc_yuv420_to_rgb888(uint8_t **src, int32_t *src_width,
                                               int32_t *src_height, int32_t *src_stride,

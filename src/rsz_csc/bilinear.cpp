@@ -49,12 +49,15 @@ void pivra_rsz_csc_yuv420_to_rgb888(uint8_t **src, int32_t *src_width, int32_t *
   if (width < 1 || height < 1) return;
   Bilinear steps;
   rsz_org_steps(src_width[0], src_height[0], width, height, 0, &steps.across[0], &steps.down[0]);
+  // A picture of one column or row may have no chroma: it is grey.
+  const bool grey = src_width[1] < 1 || src_height[1] < 1;
+  constexpr uint8_t kGrey = 128;
   // The only chroma sample of a single column is the first one, whatever the step.
-  rsz_org_steps(src_width[1], src_height[1], larger(width >> 1, 1), (height + 1) >> 1, 0,
-                &steps.across[1], &steps.down[1]);
+  rsz_org_steps(grey ? 1 : src_width[1], grey ? 1 : src_height[1], larger(width >> 1, 1),
+                (height + 1) >> 1, 0, &steps.across[1], &steps.down[1]);
   const Plane planes[] = {linear_plane(src[0], src_stride[0], 0),
-                          linear_plane(src[1], src_stride[1], 0),
-                          linear_plane(src[2], src_stride[2], 0)};
+                          linear_plane(grey ? &kGrey : src[1], src_stride[1], 0),
+                          linear_plane(grey ? &kGrey : src[2], src_stride[2], 0)};
   const ptrdiff_t stride = dst_stride[0];
   convert_resized(
       steps, planes, 3,
