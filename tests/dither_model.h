@@ -68,30 +68,32 @@ struct DitherModel : ConversionModel {
     out.origin = 0;
   }
 
-  // Row by row; of 4:2:0 two pixels at once. For an odd width pivra_csc_yuv420_to_rgb565
-  // makes one more, and its rows go on from there.
+  // Row by row, pixel by pixel; of 4:2:0 two rows and up to eight columns at once, except
+  // that pivra_csc_yuv420_to_rgb565 takes single rows where the width is no multiple of 4. Of
+  // an odd one it makes one more pixel, and its rows go on from there.
   void over_the_luma(ptrdiff_t scratch, int32_t rows) {
     const bool halved = source == PIVRA_FORMAT_YUV420;
     const bool word_rows = halved && destination == PIVRA_FORMAT_RGB565 && width % 4 != 0;
-    const int32_t one_more = word_rows ? width & 1 : 0;
-    const int32_t columns = width + one_more, step = halved ? 2 : 1;
+    const int32_t one_more = word_rows ? width & 1 : 0, columns = width + one_more;
+    const int32_t share = halved ? 2 : 1, phase = word_rows ? rows & 1 : 0;
     const int32_t v_stride = halved && width % 4 == 0 ? stride[1] : stride[2];
-    for (ptrdiff_t y = 0; y < rows; ++y) {
-      const ptrdiff_t chroma = !halved ? y : (y + (word_rows ? rows & 1 : 0)) / 2;
-      for (ptrdiff_t x = 0; x < columns; x += step) {
-        std::vector<Colour> colours;
-        for (ptrdiff_t i = x; i < std::min<ptrdiff_t>(x + step, columns); ++i) {
-          const int32_t luma = out.read(scratch + y * (dst_stride >> 1) + i);
-          colours.push_back(source == PIVRA_FORMAT_YUV400
-                                ? Colour{luma, luma, luma}
-                                : model_matrix(luma, in[1].read(chroma * stride[1] + i / step),
-                                               in[2].read(chroma * v_stride + i / step)));
-        }
-        ptrdiff_t at = y * (dst_stride + 2 * one_more) + 2 * x;
-        for (const Colour &colour : colours) {
-          put(at, colour);
-          at += 2;
-        }
+    int32_t rows_a_step = halved && !word_rows ? 2 : 1;
+    for (int32_t y = 0; y < rows; y += rows_a_step) {
+      if (y + rows_a_step > rows) rows_a_step = 1;
+      const int32_t step = rows_a_step == 1 ? share : width % 8 == 0 ? 8 : width % 4 == 0 ? 4 : 2;
+      for (int32_t x = 0; x < columns; x += step) {
+        std::vector<std::pair<ptrdiff_t, Colour>> colours;
+        for (ptrdiff_t row = y; row < y + rows_a_step; ++row)
+          for (ptrdiff_t i = x; i < std::min(x + step, columns); ++i) {
+            const int32_t luma = out.read(scratch + row * (dst_stride >> 1) + i);
+            const ptrdiff_t line = (row + phase) / share, sample = i / share;
+            colours.emplace_back(row * (dst_stride + 2 * one_more) + 2 * i,
+                                 source == PIVRA_FORMAT_YUV400
+                                     ? Colour{luma, luma, luma}
+                                     : model_matrix(luma, in[1].read(line * stride[1] + sample),
+                                                    in[2].read(line * v_stride + sample)));
+          }
+        for (const auto &[at, colour] : colours) put(at, colour);
       }
     }
   }

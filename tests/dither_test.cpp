@@ -81,9 +81,7 @@ DitherModel random_job(const Kernel &kernel, int round) {
   const bool halved = m.from({PIVRA_FORMAT_YUV420, PIVRA_FORMAT_YUV422N});
   const int32_t chroma = halved ? (m.width + 1) / 2 : m.width;
   m.stride = {m.width + random_padding(), chroma + random_padding(), chroma + random_padding()};
-  if (kernel.source == PIVRA_FORMAT_YUV420 && m.width % 4 == 0) m.stride[2] = m.stride[1];
   m.dst_stride = 2 * m.width + random_padding();
-  if (kernel.source == PIVRA_FORMAT_YUV420) m.dst_stride &= ~1;
   return m;
 }
 

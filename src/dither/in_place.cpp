@@ -3,6 +3,8 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "core/bounds.h"
+
 namespace pivra {
 namespace {
 
@@ -17,6 +19,7 @@ struct Rows {
   uint8_t **src, **dst;
   ptrdiff_t luma_stride, chroma_stride[2], pixel_stride;
   int32_t columns, chroma_phase;
+  int32_t pair_columns = 0;  // that are read of two rows before anything is written; 0: singly
 
   bool halved() const { return chroma >= Chroma::kHalved; }
   int32_t pixels_a_step() const { return halved() ? 2 : 1; }
@@ -44,6 +47,12 @@ Rows rows_of(Chroma chroma, uint8_t **src, int32_t width, int32_t height, const 
     rows.pixel_stride += 2 * odd;
     if (width % 4 != 0) rows.chroma_phase = height & 1;
   }
+  if (rows.halved() && width % 4 == 0) {
+    rows.chroma_stride[1] = rows.chroma_stride[0];
+    rows.pair_columns = width % 8 == 0 ? 8 : 4;
+  } else if (chroma == Chroma::kHalved) {
+    rows.pair_columns = 2;
+  }
   return rows;
 }
 
@@ -67,6 +76,22 @@ void convert_row(pivra_csc_kernel *kernel, const Rows &rows, ptrdiff_t y) {
   }
 }
 
+// Two rows that run into their own luma, a few columns of both at a time.
+void convert_pair(pivra_csc_kernel *kernel, const Rows &rows, ptrdiff_t y, int32_t *dst_stride) {
+  constexpr int32_t kMost = 8;
+  const Row row = rows.row(y);
+  uint8_t aside[2][kMost];
+  int32_t two_rows = 2, aside_stride[4] = {kMost};
+  for (int32_t x = 0, count; x < rows.columns; x += count) {
+    count = smaller(rows.pair_columns, rows.columns - x);
+    for (ptrdiff_t i = 0; i < 2; ++i)
+      memcpy(aside[i], row.luma + i * rows.luma_stride + x, static_cast<size_t>(count));
+    uint8_t *src[4] = {aside[0], row.chroma[0] + x / 2, row.chroma[1] + x / 2};
+    uint8_t *dst[4] = {row.pixels + 2 * ptrdiff_t{x}};
+    kernel(src, &count, &two_rows, aside_stride, dst_stride, dst);
+  }
+}
+
 }  // namespace
 
 void convert_in_place(pivra_csc_kernel *kernel, Chroma chroma, uint8_t **src, int32_t *width,
@@ -75,9 +100,14 @@ void convert_in_place(pivra_csc_kernel *kernel, Chroma chroma, uint8_t **src, in
   int32_t clear = height;
   while (clear > 0 && !rows.clear(clear - 1)) --clear;
   // Both parts pair their rows alike.
-  if (clear > 0) clear -= (height - clear) & 1;
+  if (rows.pair_columns > 0)
+    clear &= ~1;
+  else if (clear > 0)
+    clear -= (height - clear) & 1;
   kernel(src, width, &clear, src_stride, dst_stride, dst);
-  for (int32_t y = clear; y < height; ++y) convert_row(kernel, rows, y);
+  int32_t y = clear;
+  for (; rows.pair_columns > 0 && y + 1 < height; y += 2) convert_pair(kernel, rows, y, dst_stride);
+  for (; y < height; ++y) convert_row(kernel, rows, y);
 }
 
 }  // namespace pivra
