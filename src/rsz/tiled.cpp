@@ -15,14 +15,6 @@ namespace {
 struct Tiled {
   const uint8_t *first;
   int32_t width, rows;
-
-  // Copies bytes x .. x + bytes - 1 of row y.
-  void read(int32_t x, int32_t y, int32_t bytes, uint8_t *dst) const {
-    for (int32_t count; bytes > 0; bytes -= count, x += count, dst += count) {
-      count = smaller(bytes, k64x32.width - x % k64x32.width);
-      memcpy(dst, first + tile_offset(k64x32, width, rows, x, y), static_cast<size_t>(count));
-    }
-  }
 };
 
 constexpr int32_t kBuffer = 2 * kStripBytes;
@@ -43,8 +35,9 @@ void resize_tiled(Shape shape, const Axis &across, const Tiled &src, Store store
   uint8_t in[kBuffer], out[kStripBytes];
   while (engine.next(walk, strip)) {
     for (int32_t row = 0; row < src.rows; ++row) {
-      src.read(static_cast<int32_t>(strip.source * engine.bytes), row,
-               static_cast<int32_t>(strip.samples * engine.bytes), in);
+      read_row<k64x32>(src.first, src.width, src.rows,
+                       static_cast<int32_t>(strip.source * engine.bytes), row,
+                       static_cast<int32_t>(strip.samples * engine.bytes), in);
       engine.resize(across, strip, in, out);
       store(row, strip, out);
     }

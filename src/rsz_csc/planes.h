@@ -22,13 +22,6 @@ struct Plane {
   int32_t rows = 0;
 
   bool tiled() const { return tile_width != 0; }
-  // Copies bytes x .. x + bytes - 1 of a row of tiles.
-  void read(int32_t x, int32_t y, int32_t bytes, uint8_t *dst) const {
-    for (int32_t count; bytes > 0; bytes -= count, x += count, dst += count) {
-      count = smaller(bytes, k64x32.width - x % k64x32.width);
-      memcpy(dst, first + tile_offset(k64x32, tile_width, rows, x, y), static_cast<size_t>(count));
-    }
-  }
 };
 
 constexpr Plane linear_plane(const uint8_t *first, ptrdiff_t stride, ptrdiff_t below) {
@@ -95,13 +88,18 @@ class StripRows {
   void read(int32_t block, uint8_t *to) {
     const int32_t y = block * at_once_, rows = smaller(at_once_, plane_.rows - y);
     if (far_ != 0) {
-      plane_.read(x_, y, 2 * unit_, to);
-      plane_.read(x_ + far_, y, 2 * unit_, to + 2 * unit_);
+      read_two(x_, y, to);
+      read_two(x_ + far_, y, to + 2 * unit_);
       return;
     }
     find_tiles(y / k64x32.rows);
     pairs_.tiles_to_rows(tile_, tiles_, ptrdiff_t{y % k64x32.rows} * k64x32.width, rows, to,
                          kPitch);
+  }
+
+  // Samples.
+  void read_two(int32_t x, int32_t y, uint8_t *to) const {
+    read_row<k64x32>(plane_.first, plane_.tile_width, plane_.rows, x, y, 2 * unit_, to);
   }
 
   void find_tiles(int32_t tile_row) {

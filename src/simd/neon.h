@@ -664,35 +664,33 @@ PIVRA_INLINE Pair<Whole> load_unit_pairs(const uint8_t *p) {
 
 // No intrinsic of GCC 12 moves more than two registers at once as they are.
 constexpr int32_t kHalves = 64;
-#define PIVRA_HALVE_32                     \
-  "vld1.8 {d0-d3}, [%[p]], %[below]\n\t"   \
-  "vld1.8 {d4-d7}, [%[p]], %[back]\n\t"    \
-  "vld1.8 {d16-d19}, [%[p]], %[below]\n\t" \
-  "vpaddl.u8 q0, q0\n\t"                   \
-  "vpaddl.u8 q1, q1\n\t"                   \
-  "vld1.8 {d20-d23}, [%[p]], %[back]\n\t"  \
-  "vpadal.u8 q0, q2\n\t"                   \
-  "vpadal.u8 q1, q3\n\t"                   \
-  "vpaddl.u8 q8, q8\n\t"                   \
-  "vpaddl.u8 q9, q9\n\t"                   \
-  "vpadal.u8 q8, q10\n\t"                  \
-  "vpadal.u8 q9, q11\n\t"                  \
-  "vshrn.u16 d0, q0, #2\n\t"               \
-  "vshrn.u16 d1, q1, #2\n\t"               \
-  "vshrn.u16 d2, q8, #2\n\t"               \
-  "vshrn.u16 d3, q9, #2\n\t"               \
-  "vst1.8 {d0-d3}, [%[dst]]!\n\t"
 template <int bytes>
 PIVRA_INLINE void halve_bytes(const uint8_t *&p, ptrdiff_t below, uint8_t *&dst) {
 #pragma GCC unroll 2
   for (int i = 0; i < bytes; i += 32)
-    asm volatile(PIVRA_HALVE_32
-                 : [p] "+r"(p), [dst] "+r"(dst)
-                 : [below] "r"(below), [back] "r"(32 - below)
-                 : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", "d18", "d19",
-                   "d20", "d21", "d22", "d23", "memory");
+    asm volatile(
+        "vld1.8 {d0-d3}, [%[p]], %[below]\n\t"
+        "vld1.8 {d4-d7}, [%[p]], %[back]\n\t"
+        "vld1.8 {d16-d19}, [%[p]], %[below]\n\t"
+        "vpaddl.u8 q0, q0\n\t"
+        "vpaddl.u8 q1, q1\n\t"
+        "vld1.8 {d20-d23}, [%[p]], %[back]\n\t"
+        "vpadal.u8 q0, q2\n\t"
+        "vpadal.u8 q1, q3\n\t"
+        "vpaddl.u8 q8, q8\n\t"
+        "vpaddl.u8 q9, q9\n\t"
+        "vpadal.u8 q8, q10\n\t"
+        "vpadal.u8 q9, q11\n\t"
+        "vshrn.u16 d0, q0, #2\n\t"
+        "vshrn.u16 d1, q1, #2\n\t"
+        "vshrn.u16 d2, q8, #2\n\t"
+        "vshrn.u16 d3, q9, #2\n\t"
+        "vst1.8 {d0-d3}, [%[dst]]!\n\t"
+        : [p] "+r"(p), [dst] "+r"(dst)
+        : [below] "r"(below), [back] "r"(32 - below)
+        : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", "d18", "d19", "d20", "d21",
+          "d22", "d23", "memory");
 }
-#undef PIVRA_HALVE_32
 
 #else
 

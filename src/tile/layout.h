@@ -21,6 +21,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #include "core/bounds.h"
 
@@ -76,6 +77,16 @@ __attribute__((always_inline)) static inline void for_each_tile(int32_t width, i
   for (int32_t y = 0; y < height; y += kLayout.rows)
     for (int32_t x = 0; x < width; x += kLayout.width)
       action(Tile{x, y, smaller(kLayout.width, width - x), smaller(kLayout.rows, height - y)});
+}
+
+// Copies bytes x .. x + bytes - 1 of row y of a plane.
+template <TileLayout kLayout>
+static void read_row(const uint8_t *plane, int32_t width, int32_t height, int32_t x, int32_t y,
+                     int32_t bytes, uint8_t *dst) {
+  for (int32_t count; bytes > 0; bytes -= count, x += count, dst += count) {
+    count = smaller(bytes, kLayout.width - x % kLayout.width);
+    memcpy(dst, plane + tile_offset(kLayout, width, height, x, y), static_cast<size_t>(count));
+  }
 }
 
 }  // namespace pivra

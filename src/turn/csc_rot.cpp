@@ -1,4 +1,5 @@
 // Conversions that turn the picture as well.
+#include "core/bounds.h"
 #include "csc/yuv_to_rgb.h"
 #include "pivra.h"
 #include "turn/turn.h"
@@ -6,8 +7,7 @@
 namespace {
 
 using pivra::Block;
-
-int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
+using pivra::smaller;
 
 // Of every two rows the first.
 template <int code>
