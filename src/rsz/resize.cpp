@@ -166,14 +166,14 @@ int32_t pivra_rsz(const ImageDesc *src, ImageDesc *dst) {
 
 int32_t pivra_rsz_rot(const ImageDesc *src, int32_t rotation, ImageDesc *dst) {
   if (src->format != dst->format) return PIVRA_REFUSED;
-  if (rotation < 0 || rotation >= PIVRA_ROT_CODES) return PIVRA_UNSUPPORTED;
   const bool quarter = is_quarter_turn(rotation);
   const int32_t columns = quarter ? dst->height[0] : dst->width[0];
   const int32_t lines = quarter ? dst->width[0] : dst->height[0];
   if (src->width[0] == columns && src->height[0] == lines) return pivra_rot(src, rotation, dst);
   const Layout *layout = layout_of(src->format);
   if (layout == nullptr || src->format >= PIVRA_FORMAT_UYVY) return PIVRA_UNSUPPORTED;
-  // Mirrors resize straight. There the scratch of planar formats has rows of the stride.
+  // Mirrors and what is no code resize straight. There the scratch of planar formats has
+  // rows of the stride.
   const bool turns = quarter || rotation == k180;
   const bool stride_rows = !turns && layout->shape[1] != k8b8b;
   return resize_planes(*layout, turns ? rotation : kStraight, *src, *dst,

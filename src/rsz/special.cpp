@@ -119,7 +119,7 @@ PIVRA_DEFINE(8b8b)
 #undef PIVRA_DEFINE
 
 int32_t pivra_rsz_8b_down_special(const ImageDesc *src, ImageDesc *dst) {
-  if (dst->width[0] == 0) return PIVRA_OK;
+  if (src->width[0] <= 0 || dst->width[0] <= 0) return PIVRA_OK;
   const int32_t ratio = src->width[0] / dst->width[0];
   if (ratio < 2 || ratio > 7) return PIVRA_OK;
   const bool from_4 = ratio >= 4;
