@@ -10,6 +10,7 @@
 namespace {
 struct Heap {
   bool watched = false, fails = false;
+  int granted = 0;  // before it fails
   int calls = 0;
   size_t bytes = 0;
   std::vector<void *> live = {};
@@ -21,9 +22,8 @@ void *__real_malloc(size_t size);
 void __real_free(void *block);
 void *__wrap_malloc(size_t size) {
   if (!heap.watched) return __real_malloc(size);
-  ++heap.calls;
   heap.bytes = size;
-  if (heap.fails) return nullptr;
+  if (heap.calls++ >= heap.granted && heap.fails) return nullptr;
   void *block = __real_malloc(size);
   for (size_t i = 0; i < size; ++i) static_cast<uint8_t *>(block)[i] = static_cast<uint8_t>(7 * i);
   heap.live.push_back(block);
@@ -44,8 +44,8 @@ struct Outcome {
   size_t bytes, kept;
 };
 template <class Call>
-Outcome watch(Call call, bool fails = false) {
-  heap = {true, fails};
+Outcome watch(Call call, bool fails = false, int granted = 0) {
+  heap = {true, fails, granted};
   const int32_t result = call();
   heap.watched = false;
   const size_t kept = heap.live.size();

@@ -217,9 +217,15 @@ TEST(ResizeConvert, NeedsMemoryUnlessBothAxesShrink) {
     for (const int32_t dw : {30, 10}) {
       Picture src(from, 20, 20), dst(to, dw, 10);
       const bool needed = dw == 30 || to != k565;
-      EXPECT_EQ(watch([&] { return pivra_rsz_csc(&src.desc, &dst.desc); }, true).result,
-                needed ? PIVRA_REFUSED : PIVRA_OK);
+      const auto call = [&] { return pivra_rsz_csc(&src.desc, &dst.desc); };
+      EXPECT_EQ(watch(call, true).result, needed ? PIVRA_REFUSED : PIVRA_OK);
       EXPECT_EQ(dst.now() == dst.before, needed);
+      if (to == k565 || dw < 20) continue;
+      // The picture in between is there, but no scratch to resize by.
+      const Outcome second = watch(call, true, 1);
+      EXPECT_EQ(second.result, PIVRA_REFUSED);
+      EXPECT_EQ(second.kept, 0u);
+      EXPECT_EQ(dst.now(), dst.before);
     }
 }
 

@@ -70,9 +70,11 @@ int32_t through_picture(const ImageDesc &src, ImageDesc &dst) {
   if (memory == nullptr) return PIVRA_REFUSED;
   memset(memory, 0, static_cast<size_t>(bytes));
   between.plane[0] = memory;
-  if (pivra_rsz(&src, &between) == PIVRA_OK) pivra_csc(&between, &dst);
+  // Sizes that are not empty resize, unless memory is lacking.
+  const int32_t result = pivra_rsz(&src, &between);
+  if (result == PIVRA_OK) pivra_csc(&between, &dst);
   free(memory);
-  return PIVRA_OK;
+  return result;
 }
 
 struct Pair {
